@@ -1,0 +1,55 @@
+// The configuration record: every setting sent to the printer and every input
+// of the certificate commands, as text, filled once per run.
+#pragma once
+
+#include <string>
+#include <vector>
+
+struct ConfigDetails {
+    std::string usbPath = "/dev/usb/lp0";
+    std::string ssid;
+    std::string channel = "6";
+    std::string mode = "Managed";
+    std::string security = "None";
+    std::string passwd;
+    std::string npaData;  // hexadecimal digits of the "-npa" packet file
+    std::string encryption;
+    std::string authExt;
+    std::string authInner;
+    std::string user8021x;
+    std::string pwd8021x;
+    std::string caCerFile;
+    std::string signedCerFile;
+    std::string wepKey[4];
+    std::string wepTransmit;
+    std::string psk;
+    std::string cerCommon;
+    std::string cerOrg;
+    std::string cerUnit;
+    std::string cerState;
+    std::string cerCountry;
+    std::string cerCity;
+    std::string cerAltname;
+    std::string cerFriendlyName;
+    std::string cerPath;
+};
+
+// If `argument` contains `key`, replaces `value` by the text extracted from
+// the argument (see the .cpp for the quote rule). Always returns 0.
+int getOptionValue(const std::string& argument, const char* key, std::string& value);
+
+// Option form: every argument from index 1 that contains '-' is tried against
+// every key; an argument without '-' is the USB path. Returns 0.
+int parseArguments(ConfigDetails& config, int argc, const std::vector<std::string>& args);
+
+// Settings-file form: one option per line, '#' comment lines. Returns 0 when
+// the file was read, -1 when it could not be opened or read (the record keeps
+// its values but for usbPath; the reason is left in errno).
+int readConfigFile(ConfigDetails& config, const std::string& fileName, const std::string& usbPath);
+
+// USB-path-only form: the last argument from index 1 without '-' becomes `usbPath`.
+int findUsbPath(std::string& usbPath, int argc, const std::vector<std::string>& args);
+
+// Raw-packet form: keeps the hexadecimal digits of the file in `npaData`.
+// Returns 0, or -1 when the file cannot be opened (record unchanged).
+int readNpaFile(ConfigDetails& config, const std::string& path);

@@ -1,0 +1,32 @@
+# corvel_add_unit_tests(NAME <test-exe> LIBS <libs...>)
+# Builds every *_test.cpp of the calling folder's tests/ directory into one
+# GoogleTest executable and registers its cases with CTest.
+function(corvel_add_unit_tests)
+  cmake_parse_arguments(ARG "" "NAME" "LIBS" ${ARGN})
+  if(NOT CORVEL_BUILD_TESTS)
+    return()
+  endif()
+  file(GLOB test_sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/tests/*_test.cpp)
+  if(NOT test_sources)
+    return()
+  endif()
+  add_executable(${ARG_NAME} ${test_sources})
+  target_link_libraries(${ARG_NAME} PRIVATE ${ARG_LIBS} GTest::gtest GTest::gmock GTest::gtest_main)
+  gtest_discover_tests(${ARG_NAME} DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 120)
+endfunction()
+
+# corvel_library(NAME <lib> DEPS <libs...>): every .cpp of the folder but the tests.
+function(corvel_library)
+  cmake_parse_arguments(ARG "" "NAME" "DEPS" ${ARGN})
+  file(GLOB sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/*.cpp)
+  if(NOT sources)
+    # A subsystem with nothing built yet still gives its dependants a target.
+    add_library(${ARG_NAME} INTERFACE)
+    target_include_directories(${ARG_NAME} INTERFACE ${PROJECT_SOURCE_DIR})
+    target_link_libraries(${ARG_NAME} INTERFACE ${ARG_DEPS})
+    return()
+  endif()
+  add_library(${ARG_NAME} STATIC ${sources})
+  target_include_directories(${ARG_NAME} PUBLIC ${PROJECT_SOURCE_DIR})
+  target_link_libraries(${ARG_NAME} PUBLIC ${ARG_DEPS})
+endfunction()

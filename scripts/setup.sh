@@ -1,0 +1,29 @@
+#!/usr/bin/env bash
+# Installs the Debian packages the project needs. Quick when all are present;
+# runs apt-get update only when something is missing.
+set -euo pipefail
+
+packages=(
+  cmake g++ make pkg-config            # toolchain
+  libusb-dev libssl-dev                # the utility: libusb-0.1, OpenSSL
+  libgtest-dev libgmock-dev            # unit tests
+  umockdev libumockdev-dev faketime    # the simulated printer and its fast clock
+  libpugixml-dev                       # the simulated printer's XML
+  clang libclang-rt-14-dev             # fuzzing (libFuzzer)
+  libbenchmark-dev libexpat1-dev       # benchmarks and their reference parser
+)
+
+missing=()
+for package in "${packages[@]}"; do
+  if ! dpkg-query -W -f='${Status}' "$package" 2>/dev/null | grep -q "install ok installed"; then
+    missing+=("$package")
+  fi
+done
+
+if ((${#missing[@]} > 0)); then
+  echo "Installing: ${missing[*]}"
+  sudo=""
+  if [ "$(id -u)" -ne 0 ]; then sudo="sudo"; fi
+  $sudo apt-get update -qq
+  DEBIAN_FRONTEND=noninteractive $sudo apt-get install -y -qq --no-install-recommends "${missing[@]}" </dev/null
+fi

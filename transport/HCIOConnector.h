@@ -1,0 +1,28 @@
+// The interface of every connector: one kind of USB access to one printer.
+#pragma once
+
+#include <cstdint>
+
+#include "transport/IoStatus.h"
+
+class HCIOConnector {
+public:
+    virtual ~HCIOConnector() = default;
+    virtual int open() = 0;                                           // 0 opened, 1 failed
+    virtual int close() = 0;                                          // 0 closed, 1 failed
+    virtual int32_t read(uint8_t* buffer, int32_t length) = 0;        // bytes read, or -1
+    virtual int queryDevice(uint8_t* buffer, int32_t length) = 0;     // not offered by our connectors
+    virtual int32_t write(const uint8_t* buffer, int32_t length) = 0; // bytes written, or -1
+    virtual IoStatus waitReadable(int32_t timeLimit) = 0;
+    virtual IoStatus waitWritable(int32_t timeLimit) = 0;
+
+    int32_t getStatus() const { return m_Status; }
+    int32_t getKind() const { return m_Kind; }
+    void setKind(int32_t kind) { m_Kind = kind; }
+
+protected:
+    void record(IoStatus status) { m_Status = static_cast<int32_t>(status); }
+
+    int32_t m_Status = static_cast<int32_t>(IoStatus::Ok);  // status of the last operation that recorded one
+    int32_t m_Kind = 0;                                     // 2 device node, 3 libusb
+};
