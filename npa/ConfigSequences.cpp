@@ -1,0 +1,159 @@
+// The configuration sequences: which items each run sends, in which order,
+// and the progress the default run shows the user.
+#include <cstdio>
+
+#include "npa/WirelessConfigurator.h"
+#include "transport/HCUSBTransport.h"
+
+namespace {
+
+// The frame length fields have 16 bits.
+constexpr size_t kLargestRequest = 0xFFFF + 3;
+
+}  // namespace
+
+int WirelessConfigurator::sendSettingsRequest(int32_t itemsLength, bool dumpRequest)
+{
+    const std::vector<uint8_t> request = finishSettingsRequest(itemsLength);
+    if (request.size() > kLargestRequest) {
+        // The length field could not describe it; the printer would misread it.
+        std::fprintf(stderr, "D [CVL] Settings request too long (%d bytes)!\n", static_cast<int>(request.size()));
+        return -1;
+    }
+    if (dumpRequest) {
+        hexDump(request.data(), static_cast<int32_t>(request.size()));
+    }
+    return npaChannel->sendSettings(request.data(), static_cast<int32_t>(request.size()));
+}
+
+int32_t WirelessConfigurator::appendBasicItems()
+{
+    int32_t itemsLength = addMode();
+    itemsLength += addSecurity();
+    itemsLength += addChannel();
+    itemsLength += addSSID();
+    itemsLength += addPassword();
+    return itemsLength;
+}
+
+int WirelessConfigurator::basicConfig()
+{
+    std::fprintf(stderr, "D [CVL] Basic config...\n");
+    packet.clear();
+    const int32_t itemsLength = appendBasicItems();
+    const int result = sendSettingsRequest(itemsLength, false);
+    std::fprintf(stderr, "D [CVL] Basic config ret = %d\n", result);
+    return result;
+}
+
+int WirelessConfigurator::configureWPAEnterprise()
+{
+    std::fprintf(stderr, "D [CVL] Configuring WPA Enterprise...\n");
+    packet.clear();
+    int32_t itemsLength = addPSK();
+    itemsLength += addEncryption();
+    itemsLength += addMode();
+    itemsLength += addSecurity();
+    itemsLength += addChannel();
+    itemsLength += addSSID();
+    return sendSettingsRequest(itemsLength, true);
+}
+
+int WirelessConfigurator::configureWPAPersonal()
+{
+    std::fprintf(stderr, "D [CVL] Configuring WPA Personal...\n");
+    packet.clear();
+    int32_t itemsLength = addPSK();
+    itemsLength += addEncryption();
+    itemsLength += addMode();
+    itemsLength += addSecurity();
+    itemsLength += addChannel();
+    itemsLength += addSSID();
+    return sendSettingsRequest(itemsLength, true);
+}
+
+int WirelessConfigurator::configureOpen()
+{
+    std::fprintf(stderr, "D [CVL] Configuring Open Mode...\n");
+    packet.clear();
+    int32_t itemsLength = 0;
+    if (config.encryption == "WEP") {  // open WEP carries its keys, plain open none
+        for (int key = 1; key <= 4; ++key) {
+            itemsLength += addWEPKey(key);
+        }
+        itemsLength += addWEPTransmitKey();
+        itemsLength += addWEPAuthMode();
+    }
+    itemsLength += addMode();
+    itemsLength += addSecurity();
+    itemsLength += addChannel();
+    itemsLength += addSSID();
+    return sendSettingsRequest(itemsLength, true);
+}
+
+int WirelessConfigurator::configureShared()
+{
+    std::fprintf(stderr, "D [CVL] Configuring Shared Mode...\n");
+    packet.clear();
+    int32_t itemsLength = 0;
+    for (int key = 1; key <= 4; ++key) {
+        itemsLength += addWEPKey(key);
+    }
+    itemsLength += addWEPTransmitKey();
+    itemsLength += addWEPAuthMode();
+    itemsLength += addMode();
+    itemsLength += addSecurity();
+    itemsLength += addChannel();
+    itemsLength += addSSID();
+    return sendSettingsRequest(itemsLength, true);
+}
+
+int WirelessConfigurator::advancedConfig()
+{
+    std::fprintf(stderr, "D [CVL] Advanced config...\n");
+    std::fprintf(stderr, "D [CVL] Master security = '%s'\n", config.security.c_str());
+
+    struct Choice {
+        const char* security;
+        int (WirelessConfigurator::*sequence)();
+        const char* resultLine;
+    };
+    static const Choice kChoices[] = {
+        {"802.1x", &WirelessConfigurator::configure8021x, "D [CVL] Adv 8021x ret = %d\n"},
+        {"OPEN", &WirelessConfigurator::configureOpen, "D [CVL] Adv OPEN ret = %d\n"},
+        {"SHARED", &WirelessConfigurator::configureShared, "D [CVL] Adv SHARED ret = %d\n"},
+        {"WPA-PER", &WirelessConfigurator::configureWPAPersonal, "D [CVL] Adv WPA-Personal ret = %d\n"},
+        {"WPA-ENT", &WirelessConfigurator::configureWPAEnterprise, "D [CVL] Adv WPA-Ent ret = %d\n"},
+    };
+    for (const Choice& choice : kChoices) {
+        if (config.security == choice.security) {
+            const int result = (this->*choice.sequence)();
+            std::fprintf(stderr, choice.resultLine, result);
+            return result;
+        }
+    }
+    return 0;  // no advanced sequence for this security: nothing is sent
+}
+
+int WirelessConfigurator::configurePrinter()
+{
+    // Show the request first; basicConfig builds and sends its own copy.
+    packet.clear();
+    const std::vector<uint8_t> request = finishSettingsRequest(appendBasicItems());
+    for (uint8_t byte : request) {
+        std::fprintf(stderr, "%x ", byte);
+    }
+
+    std::printf("Configuring the printer....\n");
+    std::printf("Resetting the printer....\n");
+    std::printf("Connecting to wireless network....");
+    if (basicConfig() == -1) {
+        setPassThrough(false);
+        basicConfig();
+    }
+    waitForConnection();
+    std::printf("Acquiring network address....\n");
+    std::printf("IP-ADDRESS : ");
+    getIPAddress();
+    return static_cast<int>(request.size());
+}

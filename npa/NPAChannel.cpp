@@ -1,0 +1,132 @@
+// Construction of a channel, the collecting exchange and the settings exchange.
+#include "npa/NPAChannel.h"
+
+#include <algorithm>
+#include <cstdio>
+
+#include "npa/ByteOrder.h"
+#include "transport/Clock.h"
+#include "transport/CommTransport.h"
+#include "transport/HCUSBTransport.h"
+
+namespace {
+
+constexpr uint8_t kStartByte = 0xA5;
+constexpr uint8_t kFlagDropAndEnd = 0x80;  // content not kept, answer ends
+constexpr uint8_t kFlagMoreFollows = 0x20;  // a further packet follows
+constexpr uint8_t kRefusedFlags = 0xD4;
+constexpr unsigned kExchangeWaitSeconds = 2;
+constexpr unsigned kSettingsWaitSeconds = 5;
+constexpr int32_t kSettingsAnswerSize = 1000;
+
+// A transport that reports more bytes than asked for, or a negative count, must
+// not make us read outside the buffer.
+int32_t boundedCount(int32_t got, int32_t asked)
+{
+    return std::clamp(got, 0, asked);
+}
+
+// What one round of reading gave.
+enum class PacketRead { NothingKept, MoreFollows, AnswerEnds };
+
+// Reads one framed packet and appends its content after the flags byte to
+// `answer`. Anything before a start byte is noise, skipped one byte a round.
+PacketRead readPacket(CommTransport& transport, std::vector<uint8_t>& answer)
+{
+    uint8_t startByte = 0;
+    uint8_t lengthField[2] = {0, 0};
+    if (boundedCount(transport.read(&startByte, 1), 1) != 1 || startByte != kStartByte ||
+        boundedCount(transport.read(lengthField, 2), 2) != 2) {
+        return PacketRead::NothingKept;
+    }
+    // A packet of length 0 has no flags byte, so it can neither end the answer
+    // nor announce another packet: it is skipped like noise, and the answer
+    // goes on until a real packet ends it or the time limit is reached.
+    const auto packetLength = static_cast<int32_t>(fromBigEndian(lengthField, 2));
+    if (packetLength == 0) {
+        return PacketRead::NothingKept;
+    }
+    std::vector<uint8_t> packet(static_cast<size_t>(packetLength), 0);
+    if (boundedCount(transport.read(packet.data(), packetLength), packetLength) != packetLength) {
+        return PacketRead::NothingKept;  // an incomplete packet is dropped
+    }
+    const uint8_t flags = packet[0];
+    if ((flags & kFlagDropAndEnd) != 0) {
+        return PacketRead::AnswerEnds;
+    }
+    answer.insert(answer.end(), packet.begin() + 1, packet.end());
+    return (flags & kFlagMoreFollows) != 0 ? PacketRead::MoreFollows : PacketRead::AnswerEnds;
+}
+
+}  // namespace
+
+NPAChannel::NPAChannel(const std::string& path)
+    : devicePath(path), transport(*HCUSBTransport::getInstance()), holdsSingletonReference(true)
+{
+}
+
+NPAChannel::NPAChannel(const std::string& path, CommTransport& callerTransport)
+    : devicePath(path), transport(callerTransport), holdsSingletonReference(false)
+{
+}
+
+NPAChannel::~NPAChannel()
+{
+    if (holdsSingletonReference) {
+        HCUSBTransport::releaseInstance();
+    }
+}
+
+int32_t NPAChannel::exchangeNPA(const uint8_t* request, int32_t length, std::vector<uint8_t>& answer,
+                                int timeLimitSeconds)
+{
+    answer.clear();
+    if (transport.open(devicePath.c_str()) != 0) {
+        std::fprintf(stderr, "D [CVL] Failed to open usb device '%s'!\n", devicePath.c_str());
+        return 0;
+    }
+    transport.write(request, length);
+
+    Clock& clock = currentClock();
+    clock.sleep(kExchangeWaitSeconds);
+    const std::time_t start = clock.now();
+
+    while (readPacket(transport, answer) != PacketRead::AnswerEnds) {
+        if (clock.now() - start >= timeLimitSeconds) {
+            break;
+        }
+    }
+
+    transport.close();
+    return static_cast<int32_t>(answer.size());
+}
+
+int NPAChannel::sendSettings(const uint8_t* request, int32_t length)
+{
+    std::vector<uint8_t> answer(kSettingsAnswerSize, 0);
+    transport.open(devicePath.c_str());  // a failed open shows as an empty answer
+    transport.write(request, length);
+    currentClock().sleep(kSettingsWaitSeconds);
+    const int32_t got = boundedCount(transport.read(answer.data(), kSettingsAnswerSize), kSettingsAnswerSize);
+    transport.close();
+
+    if (got == 0 || (got > 3 && answer[3] == kRefusedFlags)) {
+        return -1;
+    }
+    return answer[static_cast<size_t>(got - 1)] == 0x01 ? 0 : 1;
+}
+
+int32_t NPAChannel::readOnce(const uint8_t* request, int32_t length, std::vector<uint8_t>& buffer,
+                             unsigned waitSeconds)
+{
+    std::fill(buffer.begin(), buffer.end(), 0);
+    transport.open(devicePath.c_str());  // a failed open shows as an empty answer
+    transport.write(request, length);
+    if (waitSeconds > 0) {
+        currentClock().sleep(waitSeconds);
+    }
+    const int32_t size = static_cast<int32_t>(buffer.size());
+    const int32_t got = boundedCount(transport.read(buffer.data(), size), size);
+    transport.close();
+    return got;
+}

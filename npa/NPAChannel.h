@@ -1,0 +1,67 @@
+// One user's way to the printer: the USB path and a transport. Every exchange
+// opens the transport on the path, writes one request, waits, reads the answer,
+// closes again and judges what came back.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+class CommTransport;
+
+class NPAChannel {
+public:
+    // Takes a reference on the USB transport singleton, given back on destruction.
+    explicit NPAChannel(const std::string& devicePath);
+    // Uses a transport owned by the caller (no singleton reference is taken).
+    NPAChannel(const std::string& devicePath, CommTransport& transport);
+    ~NPAChannel();
+
+    NPAChannel(const NPAChannel&) = delete;
+    NPAChannel& operator=(const NPAChannel&) = delete;
+
+    // Sends `request` and collects the framed answer packets for up to
+    // `timeLimitSeconds` after a 2-second wait. `answer` receives the content of
+    // every kept packet after its flags byte. Returns the number of bytes
+    // collected (0 when none, also when the device cannot be opened).
+    int32_t exchangeNPA(const uint8_t* request, int32_t length, std::vector<uint8_t>& answer,
+                        int timeLimitSeconds);
+
+    // One settings request: -1 refused or no answer, 0 accepted (answer ends
+    // with 0x01), 1 answered otherwise.
+    int sendSettings(const uint8_t* request, int32_t length);
+
+    // The polled exchanges: -1 refused, 0 success, non-zero when attempts ran out.
+    int pollConnection(const uint8_t* request, int32_t length);   // until the answer ends with 0x00
+    int pollDeviceState(const uint8_t* request, int32_t length);  // until the answer ends with 0x2D
+    int pollReset(const uint8_t* request, int32_t length);        // until the answer ends with 0x01
+    int pollAddress(const uint8_t* request, int32_t length);      // prints the IPv4 address found
+    int pollText(const uint8_t* request, int32_t length);         // prints the text value found
+
+    const std::string& getDevicePath() const { return devicePath; }
+
+private:
+    // How one polled exchange waits, retries and judges an answer.
+    struct PollRule {
+        size_t answerSize;
+        unsigned waitAfterWrite;  // seconds between writing and reading
+        int attempts;             // at most
+        unsigned pauseBetween;    // seconds before each further attempt
+        bool canRefuse;           // whether a flags byte of 0xD4 ends the polling
+        bool (*isSuccess)(const std::vector<uint8_t>& answer, int32_t got, int32_t requestLength);
+    };
+    enum class PollOutcome { Refused, Success, OutOfAttempts };
+
+    // Runs the attempts of `rule`; `answer` and `got` hold the last answer read.
+    PollOutcome poll(const uint8_t* request, int32_t length, const PollRule& rule,
+                     std::vector<uint8_t>& answer, int32_t& got);
+
+    // One attempt of a polled exchange: open, write, wait, one read, close.
+    // Returns the byte count read into `buffer` (0 to buffer.size()).
+    int32_t readOnce(const uint8_t* request, int32_t length, std::vector<uint8_t>& buffer,
+                     unsigned waitSeconds);
+
+    std::string devicePath;
+    CommTransport& transport;
+    bool holdsSingletonReference;
+};

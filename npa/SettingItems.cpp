@@ -1,0 +1,272 @@
+// The setting operations: each turns option values of the record into one
+// item of the settings request under construction.
+#include <cstdio>
+#include <cstdlib>
+#include <cctype>
+#include <string>
+
+#include "npa/WirelessConfigurator.h"
+
+namespace {
+
+constexpr uint8_t kWirelessGroup = 0x28;
+constexpr uint8_t k8021xGroup = 0x2A;
+
+constexpr size_t kWEPKeyMaxLength = 26;
+constexpr size_t kPSKMaxLength = 64;
+constexpr size_t k8021xUserMaxValue = 32;       // 31 characters and the zero byte
+constexpr size_t k8021xPasswordMaxValue = 256;  // 255 characters and the zero byte
+constexpr size_t kNoLimit = 0xFFFF;             // only the 16-bit length field limits
+
+int length(const std::string& text)
+{
+    return static_cast<int>(text.size());
+}
+
+// The number at the start of `text` as atoi reads it (blanks, sign, digits),
+// but without overflow: only the low 8 bits are ever sent.
+uint8_t lowByteOfLeadingNumber(const std::string& text)
+{
+    size_t i = 0;
+    while (i < text.size() && std::isspace(static_cast<unsigned char>(text[i])) != 0) {
+        ++i;
+    }
+    bool negative = false;
+    if (i < text.size() && (text[i] == '+' || text[i] == '-')) {
+        negative = text[i] == '-';
+        ++i;
+    }
+    uint32_t value = 0;  // unsigned arithmetic wraps instead of overflowing
+    for (; i < text.size() && text[i] >= '0' && text[i] <= '9'; ++i) {
+        value = value * 10 + static_cast<uint32_t>(text[i] - '0');
+    }
+    if (negative) {
+        value = 0u - value;
+    }
+    return static_cast<uint8_t>(value & 0xFF);
+}
+
+uint32_t channelNumber(const std::string& channel)
+{
+    // Only these exact texts are taken; everything else ("06", "12") is channel 6.
+    static const char* const kChannels[] = {"1", "2", "3", "4", "5", "7", "8", "9", "10", "11"};
+    for (const char* known : kChannels) {
+        if (channel == known) {
+            return static_cast<uint32_t>(std::strtoul(known, nullptr, 10));
+        }
+    }
+    return 6;
+}
+
+struct SecurityChoice {
+    uint32_t value;
+    const char* name;
+};
+
+SecurityChoice securityChoice(const std::string& security, const std::string& encryption)
+{
+    if ((security == "OPEN" && encryption == "WEP") || security == "WEP" || security == "SHARED") {
+        return {1, "WEP"};
+    }
+    if (security == "WPA" || security == "WPA-PER" || security == "WPA/WPA2") {
+        return {2, "WPA PSK (Auto 1 or 2)"};
+    }
+    if (security == "WPA2" || security == "WPA-ENT") {
+        return {4, "WPA-2 only PSK"};
+    }
+    if (security == "802.1x") {
+        return {3, "802.1x"};
+    }
+    return {0, "No Security"};
+}
+
+uint32_t encryptionValue(const std::string& encryption)
+{
+    if (encryption == "WEP-DYNAMIC") {
+        return 1;
+    }
+    if (encryption == "WEP-STATIC" || encryption == "WEP") {
+        return 2;
+    }
+    if (encryption == "WPA-TKIP" || encryption == "TKIP") {
+        return 3;
+    }
+    if (encryption == "WPA-AES" || encryption == "AES") {
+        return 4;
+    }
+    return 0;  // "NONE" and every name not listed
+}
+
+uint32_t innerAuthValue(const std::string& inner)
+{
+    if (inner == "MSCHAP") {
+        return 1;
+    }
+    if (inner == "MSCHAPv2") {
+        return 2;
+    }
+    if (inner == "PAP") {
+        return 3;
+    }
+    return 0;  // "CHAP" and every name not listed
+}
+
+// Whether any "|"-separated part of `extensions` contains `name`.
+bool anyPartContains(const std::string& extensions, const char* name)
+{
+    size_t start = 0;
+    while (start <= extensions.size()) {
+        size_t end = extensions.find('|', start);
+        if (end == std::string::npos) {
+            end = extensions.size();
+        }
+        if (extensions.substr(start, end - start).find(name) != std::string::npos) {
+            return true;
+        }
+        start = end + 1;
+    }
+    return false;
+}
+
+}  // namespace
+
+int32_t WirelessConfigurator::addMode()
+{
+    std::fprintf(stderr, "D [CVL] Mode = '%s'\n", config.mode.c_str());
+    if (config.mode.empty()) {
+        return 0;
+    }
+    return appendNumericItem(kWirelessGroup, 0x02, config.mode == "Ad-Hoc" ? 1 : 0);
+}
+
+int32_t WirelessConfigurator::addChannel()
+{
+    const std::string channel = config.channel.empty() ? "6" : config.channel;
+    return appendNumericItem(kWirelessGroup, 0x05, channelNumber(channel));
+}
+
+int32_t WirelessConfigurator::addSSID()
+{
+    std::fprintf(stderr, "D [CVL] SSID = %s\n", config.ssid.c_str());
+    if (config.ssid.empty()) {
+        return 0;
+    }
+    return appendTextItem(kWirelessGroup, 0x08, config.ssid, kNoLimit, true);
+}
+
+int32_t WirelessConfigurator::addPassword()
+{
+    if (config.security == "None") {
+        return 0;
+    }
+    std::string password = config.passwd;
+    if (password.empty()) {
+        std::fflush(stdout);  // earlier output must appear before the prompt
+        password = passwordSource ? passwordSource() : std::string();
+    }
+    const uint8_t field = config.security == "WEP" ? 0x09 : 0x11;
+    return appendTextItem(kWirelessGroup, field, password, kNoLimit, true);
+}
+
+int32_t WirelessConfigurator::addWEPKey(int keyNumber)
+{
+    if (keyNumber < 1 || keyNumber > 4) {
+        return 0;
+    }
+    const std::string& key = config.wepKey[keyNumber - 1];
+    std::fprintf(stderr, "D [CVL] WEP Key %d = '%s' (%d bytes)\n", keyNumber, key.c_str(), length(key));
+    // Keys 1 to 4 sit in the odd fields 09, 0B, 0D, 0F.
+    const auto field = static_cast<uint8_t>(0x09 + 2 * (keyNumber - 1));
+    return appendTextItem(kWirelessGroup, field, key, kWEPKeyMaxLength, false);
+}
+
+int32_t WirelessConfigurator::addPSK()
+{
+    std::fprintf(stderr, "D [CVL] PSK (Pre-shared key) = %s (%d bytes)\n", config.psk.c_str(), length(config.psk));
+    return appendTextItem(kWirelessGroup, 0x11, config.psk, kPSKMaxLength, false);
+}
+
+int32_t WirelessConfigurator::addWEPTransmitKey()
+{
+    std::fprintf(stderr, "D [CVL] WEP Transmit key = %s\n", config.wepTransmit.c_str());
+    const std::string key = config.wepTransmit.empty() ? "1" : config.wepTransmit;
+    return appendNumericItem(kWirelessGroup, 0x1F, lowByteOfLeadingNumber(key));
+}
+
+int32_t WirelessConfigurator::addSecurity()
+{
+    std::fprintf(stderr, "D [CVL] Security = '%s'\n", config.security.c_str());
+    const std::string security = config.security.empty() ? "None" : config.security;
+    const SecurityChoice choice = securityChoice(security, config.encryption);
+    std::fprintf(stderr, "D [CVL] Security mode: %d (%s)\n", static_cast<int>(choice.value), choice.name);
+    std::printf("npa data going: %x", choice.value);
+    return appendNumericItem(kWirelessGroup, 0x22, choice.value);
+}
+
+int32_t WirelessConfigurator::addWEPAuthMode()
+{
+    if (config.encryption.empty()) {
+        return 0;
+    }
+    uint32_t mode = 0;
+    if (config.encryption == "WEP") {
+        if (config.security == "OPEN") {
+            mode = 1;
+        } else if (config.security == "SHARED") {
+            mode = 2;
+        }
+    }
+    static const char* const kModeNames[] = {"Auto", "Open", "Shared"};
+    std::fprintf(stderr, "D [CVL] WEP auth mode: %d (%s)\n", static_cast<int>(mode), kModeNames[mode]);
+    return appendNumericItem(kWirelessGroup, 0x23, mode);
+}
+
+int32_t WirelessConfigurator::addEncryption()
+{
+    std::fprintf(stderr, "D [CVL] Encryption (advanced) = %s\n", config.encryption.c_str());
+    if (config.encryption.empty()) {
+        return 0;
+    }
+    return appendNumericItem(kWirelessGroup, 0x26, encryptionValue(config.encryption));
+}
+
+int32_t WirelessConfigurator::add8021xUser()
+{
+    std::fprintf(stderr, "D [CVL] 802.1x User = %s (%d bytes)\n", config.user8021x.c_str(),
+                 length(config.user8021x));
+    if (config.user8021x.empty()) {
+        return 0;
+    }
+    return appendTextItem(k8021xGroup, 0x02, config.user8021x, k8021xUserMaxValue, true);
+}
+
+int32_t WirelessConfigurator::add8021xPassword()
+{
+    std::fprintf(stderr, "D [CVL] 802.1x password = %s (%d bytes)\n", config.pwd8021x.c_str(),
+                 length(config.pwd8021x));
+    if (config.pwd8021x.empty()) {
+        return 0;
+    }
+    return appendTextItem(k8021xGroup, 0x03, config.pwd8021x, k8021xPasswordMaxValue, true);
+}
+
+int32_t WirelessConfigurator::addAuthExtensions()
+{
+    std::fprintf(stderr, "D [CVL] 802.1x Auth Extension = %s\n", config.authExt.c_str());
+    static const char* const kExtensionNames[] = {"EAP-MD5", "MSCHAPv2", "LEAP", "PEAP", "EAP-TLS", "EAP-TTLS"};
+    int32_t appended = 0;
+    uint8_t field = 0x14;
+    for (const char* name : kExtensionNames) {
+        appended += appendFlagItem(k8021xGroup, field++, anyPartContains(config.authExt, name) ? 1 : 0);
+    }
+    return appended;
+}
+
+int32_t WirelessConfigurator::addInnerAuth()
+{
+    std::fprintf(stderr, "D [CVL] 802.1x Inner Auth = %s\n", config.authInner.c_str());
+    if (config.authInner.empty()) {
+        return 0;
+    }
+    return appendNumericItem(k8021xGroup, 0x1A, innerAuthValue(config.authInner));
+}

@@ -1,0 +1,142 @@
+// The channel's exchanges: collecting framed answers, judging settings answers
+// and the polled exchanges with their waits, attempts and pauses.
+#include <gtest/gtest.h>
+
+#include "npa/tests/NpaTestSupport.h"
+#include "tests/support/FakeClock.h"
+
+namespace {
+
+const std::vector<uint8_t> kRequest = bytesFromHex("A5 00 06 50 E0 D8 00 28 15");
+
+struct ChannelUnderTest {
+    ScopedFakeClock clock;
+    FakeCommTransport transport;
+    NPAChannel channel{"/dev/usb/lp3", transport};
+};
+
+TEST(ExchangeNPA, CollectsThePacketContents)
+{
+    const struct {
+        const char* name;
+        std::vector<const char*> pieces;
+        const char* expected;
+    } cases[] = {
+        {"noise before the start byte", {"00 FF 12 A5 00 04 00 E0 D8 01"}, "E0 D8 01"},
+        {"bit 5: a further packet", {"A5 00 03 20 AA BB A5 00 02 00 CC A5 00 02 00 DD"}, "AA BB CC"},
+        {"bit 7: dropped, ends the answer", {"A5 00 03 20 AA BB A5 00 02 80 CC A5 00 02 00 DD"}, "AA BB"},
+        {"incomplete packet dropped", {"A5 00 05 00 11", "A5 00 02 00 77"}, "77"},
+        {"frame split over reads", {"A5", "00 02", "00 77"}, "77"},
+        {"short length field dropped", {"A5 00", "A5 00 02 00 77"}, "77"},
+        {"length 0 skipped", {"A5 00 00 A5 00 02 00 77"}, "77"},
+        {"announced packet never comes", {"A5 00 02 20 42"}, "42"},
+        {"silent printer", {}, ""},
+    };
+    for (const auto& c : cases) {
+        ChannelUnderTest t;
+        std::vector<std::vector<uint8_t>> pieces;
+        for (const char* piece : c.pieces) {
+            pieces.push_back(bytesFromHex(piece));
+        }
+        t.transport.addAnswerInPieces(pieces);
+        std::vector<uint8_t> answer{0x99};  // earlier contents are replaced
+        const int32_t count = t.channel.exchangeNPA(kRequest.data(), 9, answer, 10);
+        EXPECT_EQ(hexOf(answer), c.expected) << c.name;
+        EXPECT_EQ(count, static_cast<int32_t>(answer.size())) << c.name;
+        EXPECT_EQ(t.clock.clock.sleeps, std::vector<unsigned>{2}) << c.name;
+        EXPECT_EQ(t.transport.writes, std::vector<std::vector<uint8_t>>{kRequest}) << c.name;
+        EXPECT_EQ(t.transport.closes, 1) << c.name;
+        // Unless the answer ended properly, the time limit (10 s) ended it.
+        const std::time_t elapsed = t.clock.clock.now() - t.clock.clock.start;
+        EXPECT_LE(elapsed, 2 + 10 + 5) << c.name;
+    }
+}
+
+TEST(ExchangeNPA, AsksForExactlyTheBytesItExpects)
+{
+    ChannelUnderTest t;
+    t.transport.addAnswer("A5 00 04 00 E0 D8 01");
+    std::vector<uint8_t> answer;
+    t.channel.exchangeNPA(kRequest.data(), 9, answer, 3);
+    EXPECT_EQ(t.transport.readSizes, (std::vector<int32_t>{1, 2, 4}));
+}
+
+TEST(ExchangeNPA, ReportsADeviceThatCannotBeOpened)
+{
+    ChannelUnderTest t;
+    t.transport.openResult = -1;
+    std::vector<uint8_t> answer;
+    const Captured captured =
+        captureOutput([&] { EXPECT_EQ(t.channel.exchangeNPA(kRequest.data(), 9, answer, 3), 0); });
+    EXPECT_EQ(captured.err, "D [CVL] Failed to open usb device '/dev/usb/lp3'!\n");
+    EXPECT_TRUE(t.transport.writes.empty());
+    EXPECT_EQ(t.transport.closes, 0);
+}
+
+TEST(SendSettings, JudgesTheAnswer)
+{
+    const struct {
+        const char* answer;
+        int expected;
+    } cases[] = {{"A5 00 04 50 E0 DA 01", 0}, {"A5 00 04 50 E0 DA 02", 1}, {"", -1},
+                 {"A5 00 04 D4 E0 DA 01", -1}, {"A5 00 D4", 1}, {"01", 0}};
+    for (const auto& c : cases) {
+        ChannelUnderTest t;
+        t.transport.addAnswer(c.answer);
+        EXPECT_EQ(t.channel.sendSettings(kRequest.data(), 9), c.expected) << c.answer;
+        EXPECT_EQ(t.clock.clock.sleeps, std::vector<unsigned>{5});
+        EXPECT_EQ(t.transport.readSizes, std::vector<int32_t>{1000});
+    }
+}
+
+TEST(PolledExchanges, AttemptsWaitsAndJudgements)
+{
+    using Poll = int (NPAChannel::*)(const uint8_t*, int32_t);
+    const std::string text = "A5 00 0D 50 E0 D8 00 28 15 00 05 " + hexOf("home");
+    const struct {
+        const char* name;
+        Poll poll;
+        std::vector<std::string> answers;  // one per attempt; missing ones are silence
+        int result;
+        size_t attempts;
+        std::vector<unsigned> sleeps;
+        const char* output;
+    } cases[] = {
+        {"connected at once", &NPAChannel::pollConnection, {"A5 00 02 50 00"}, 0, 1, {2}, ""},
+        {"never connected: last byte", &NPAChannel::pollConnection, {"03", "03", "03", "A5 00 02 50 07"}, 7, 4,
+         {2, 2, 2, 2}, ""},
+        {"connection, silence last", &NPAChannel::pollConnection, {"03"}, 1, 4, {2, 2, 2, 2}, ""},
+        {"connection refused", &NPAChannel::pollConnection, {"A5 00 02 D4 00"}, -1, 1, {2}, ""},
+        {"short answer is no refusal", &NPAChannel::pollConnection, {"A5 D4 00"}, 0, 1, {2}, ""},
+        {"device state third", &NPAChannel::pollDeviceState, {"01", "A5 00 02 D4 01", "2D"}, 0, 3, {10, 10}, ""},
+        {"device state never", &NPAChannel::pollDeviceState, {}, 1, 6, {10, 10, 10, 10, 10}, ""},
+        {"reset second", &NPAChannel::pollReset, {"A5 00 02 50 00", "A5 00 02 50 01"}, 0, 2, {5, 50, 5}, ""},
+        {"reset never", &NPAChannel::pollReset, {"A5 00 02 D4 00"}, 1, 2, {5, 50, 5}, ""},
+        {"address", &NPAChannel::pollAddress, {"A5 00 08 50 E0 D8 00 0A 02 C0 A8 01 0A"}, 0, 1, {3},
+         "192.168.1.10\n"},
+        {"address after zeros and a short answer", &NPAChannel::pollAddress, {"50 00 00 00 00", "0A 01 02", "00 00 01"},
+         1, 7, {3, 3, 3, 3, 3, 3, 3}, ""},
+        {"address refused", &NPAChannel::pollAddress, {"A5 00 08 D4 E0 D8 00 0A 02 C0 A8 01 0A"}, -1, 1, {3}, ""},
+        {"text", &NPAChannel::pollText, {text + " 00 FF"}, 0, 1, {2}, "home\n"},
+        {"text without its zero byte", &NPAChannel::pollText, {text}, 0, 1, {2}, "home\n"},
+        {"text needs more than the header", &NPAChannel::pollText, {"A5 00 08 50 E0 D8 00 28 15 00 05"}, 1, 7,
+         {2, 2, 2, 2, 2, 2, 2}, ""},
+        {"text refused", &NPAChannel::pollText, {"A5 00 08 D4 E0"}, -1, 1, {2}, ""},
+    };
+    for (const auto& c : cases) {
+        ChannelUnderTest t;
+        for (const std::string& answer : c.answers) {
+            t.transport.addAnswer(answer);
+        }
+        const Captured captured =
+            captureOutput([&] { EXPECT_EQ((t.channel.*c.poll)(kRequest.data(), 9), c.result) << c.name; });
+        EXPECT_EQ(captured.out, c.output) << c.name;
+        EXPECT_EQ(t.transport.writes.size(), c.attempts) << c.name;
+        EXPECT_EQ(t.transport.closes, static_cast<int>(c.attempts)) << c.name;
+        EXPECT_EQ(t.clock.clock.sleeps, c.sleeps) << c.name;
+        const int32_t bufferSize = c.poll == &NPAChannel::pollText ? 512 : 255;
+        EXPECT_EQ(t.transport.readSizes, std::vector<int32_t>(c.attempts, bufferSize)) << c.name;
+    }
+}
+
+}  // namespace

@@ -1,0 +1,28 @@
+// The system clock and the process-wide clock in force.
+#include "transport/Clock.h"
+
+#include <unistd.h>
+
+namespace {
+
+// Real time in whole seconds and real sleeps; select() does its own waiting.
+class SystemClock : public Clock {
+public:
+    std::time_t now() override { return std::time(nullptr); }
+    void sleep(unsigned seconds) override { ::sleep(seconds); }
+};
+
+SystemClock systemClock;
+Clock* installedClock = nullptr;
+
+}  // namespace
+
+Clock& currentClock()
+{
+    return installedClock != nullptr ? *installedClock : systemClock;
+}
+
+void setClock(Clock* clock)
+{
+    installedClock = clock;
+}
