@@ -1,0 +1,139 @@
+#include "sim/Faults.h"
+
+#include "sim/NpaPacket.h"
+
+namespace corvelsim {
+
+namespace {
+
+bool parseCount(const std::string& text, int low, int high, int& value)
+{
+    if (text.empty() || text.size() > 6) return false;
+    for (char c : text) {
+        if (c < '0' || c > '9') return false;
+    }
+    value = std::stoi(text);
+    return value >= low && value <= high;
+}
+
+// The content of each part, in order, of a packet's content cut in `parts`.
+std::vector<Bytes> cut(const Bytes& content, size_t parts)
+{
+    std::vector<Bytes> pieces;
+    size_t at = 0;
+    for (size_t i = 0; i < parts; ++i) {
+        size_t size = (content.size() - at) / (parts - i);
+        pieces.emplace_back(content.begin() + long(at), content.begin() + long(at + size));
+        at += size;
+    }
+    return pieces;
+}
+
+const uint8_t kNoise[] = {0x00, 0xFF, 0x5A, 0x13, 0x7E};
+const Bytes kDropContent = {0xE0, 0xFF, 0xFF};
+
+}  // namespace
+
+const char* faultHelp()
+{
+    return "  refuse-envelope   answer wrapped requests with a refusal (flags 0xD4);\n"
+           "                    plain requests are still answered\n"
+           "  silent            answer nothing\n"
+           "  noise[=N]         send N bytes (default 4) that are not 0xA5 before the answer\n"
+           "  split[=N]         send the answer's content in N packets (default 2), flags\n"
+           "                    bit 5 on all but the last\n"
+           "  bit7[=after|instead]\n"
+           "                    add a packet flagged 0x80 after the answer (whose flags\n"
+           "                    then announce it with bit 5), or send it instead of the answer\n"
+           "  truncate[=N]      the last packet announces N more bytes (default 4) than it has\n"
+           "  late=MS           answer MS real milliseconds late\n"
+           "  reject-settings   answer settings requests with a last byte 0x00 (not\n"
+           "                    accepted) and keep the settings unchanged\n";
+}
+
+bool addFault(FaultSet& faults, const std::string& faultText, std::string& error)
+{
+    size_t equals = faultText.find('=');
+    std::string name = faultText.substr(0, equals);
+    bool hasValue = equals != std::string::npos;
+    std::string value = hasValue ? faultText.substr(equals + 1) : "";
+    bool ok = true;
+    if (name == "refuse-envelope" && !hasValue) faults.refuseEnvelope = true;
+    else if (name == "reject-settings" && !hasValue) faults.rejectSettings = true;
+    else if (name == "silent" && !hasValue) faults.silent = true;
+    else if (name == "noise") {
+        faults.noiseBytes = 4;
+        ok = !hasValue || parseCount(value, 1, 4096, faults.noiseBytes);
+    } else if (name == "split") {
+        faults.splitParts = 2;
+        ok = !hasValue || parseCount(value, 2, 64, faults.splitParts);
+    } else if (name == "bit7") {
+        faults.dropPacket = DropPacket::After;
+        if (value == "instead") faults.dropPacket = DropPacket::Instead;
+        else ok = !hasValue || value == "after";
+    } else if (name == "truncate") {
+        faults.truncateBy = 4;
+        ok = !hasValue || parseCount(value, 1, 4096, faults.truncateBy);
+    } else if (name == "late") {
+        ok = hasValue && parseCount(value, 1, 600000, faults.lateMs);
+    } else {
+        error = "unknown fault '" + faultText + "'";
+        return false;
+    }
+    if (!ok) error = "bad value in fault '" + faultText + "'";
+    return ok;
+}
+
+Delivery deliver(const Bytes& answer, const FaultSet& faults)
+{
+    Delivery delivery;
+    if (faults.silent) {
+        delivery.applied.push_back("silent");
+        return delivery;
+    }
+    if (answer.size() < kContentOffset) return delivery;  // nothing to send
+
+    uint8_t flags = answer[kFlagsOffset];
+    Bytes content(answer.begin() + kContentOffset, answer.end());
+    std::vector<Bytes> packets;
+    if (faults.splitParts >= 2 && content.size() >= size_t(faults.splitParts)) {
+        std::vector<Bytes> pieces = cut(content, size_t(faults.splitParts));
+        for (size_t i = 0; i < pieces.size(); ++i) {
+            bool last = i + 1 == pieces.size();
+            packets.push_back(makePacket(last ? flags : uint8_t(flags | kFlagMore), pieces[i]));
+        }
+        delivery.applied.push_back("split");
+    } else {
+        packets.push_back(answer);
+    }
+
+    if (faults.dropPacket == DropPacket::After) {
+        packets.back()[kFlagsOffset] |= kFlagMore;
+        packets.push_back(makePacket(kFlagDrop, kDropContent));
+        delivery.applied.push_back("bit7=after");
+    } else if (faults.dropPacket == DropPacket::Instead) {
+        packets.assign(1, makePacket(kFlagDrop, kDropContent));
+        delivery.applied.push_back("bit7=instead");
+    }
+
+    if (faults.truncateBy > 0) {
+        Bytes& last = packets.back();
+        unsigned announced = readBE16(&last[1]) + unsigned(faults.truncateBy);
+        if (announced > 0xFFFF) announced = 0xFFFF;
+        last[1] = uint8_t(announced >> 8);
+        last[2] = uint8_t(announced);
+        delivery.applied.push_back("truncate");
+    }
+
+    for (int i = 0; i < faults.noiseBytes; ++i) delivery.bytes.push_back(kNoise[size_t(i) % sizeof kNoise]);
+    if (faults.noiseBytes > 0) delivery.applied.push_back("noise");
+    for (const Bytes& packet : packets) delivery.bytes.insert(delivery.bytes.end(), packet.begin(), packet.end());
+
+    if (faults.lateMs > 0) {
+        delivery.delayMs = faults.lateMs;
+        delivery.applied.push_back("late");
+    }
+    return delivery;
+}
+
+}  // namespace corvelsim

@@ -1,0 +1,43 @@
+// Faults the simulated printer can be told to show, and how they change what
+// it sends.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "sim/Bytes.h"
+
+namespace corvelsim {
+
+enum class DropPacket { None, After, Instead };
+
+struct FaultSet {
+    // Faults that change what the printer decides to answer.
+    bool refuseEnvelope = false;  // wrapped requests get a 0xD4 refusal
+    bool rejectSettings = false;  // settings answers end with 0x00
+    // Faults that change how the answer travels.
+    bool silent = false;          // nothing is sent
+    int noiseBytes = 0;           // bytes before the first 0xA5
+    int splitParts = 0;           // the answer's content in this many packets (0: one)
+    DropPacket dropPacket = DropPacket::None;  // a 0x80-flagged packet
+    int truncateBy = 0;           // the last packet announces this many bytes more than it has
+    int lateMs = 0;               // real milliseconds before the answer goes out
+};
+
+// Adds one "--fault" value (NAME or NAME=VALUE) to `faults`; false and a
+// message on an unknown name or a bad value.
+bool addFault(FaultSet& faults, const std::string& faultText, std::string& error);
+
+// The help text's list of faults.
+const char* faultHelp();
+
+// What goes out for one answer packet once the travel faults are applied.
+struct Delivery {
+    Bytes bytes;                      // everything written, in order
+    int delayMs = 0;
+    std::vector<std::string> applied; // names of the faults that changed something
+};
+
+Delivery deliver(const Bytes& answer, const FaultSet& faults);
+
+}  // namespace corvelsim

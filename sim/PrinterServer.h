@@ -1,0 +1,65 @@
+// Plays the printer on the pty masters: reads what the utility writes,
+// answers every complete request, and logs it.
+#pragma once
+
+#include <chrono>
+#include <deque>
+#include <string>
+#include <vector>
+
+#include "sim/Faults.h"
+#include "sim/FrameReader.h"
+#include "sim/PrinterState.h"
+#include "sim/RequestLog.h"
+#include "sim/Responder.h"
+#include "sim/Testbed.h"
+
+namespace corvelsim {
+
+class PrinterServer {
+public:
+    // `statePath` empty: the state lives in memory only.
+    PrinterServer(Testbed& testbed, PrinterState& state, const FaultSet& faults, RequestLog& log,
+                  std::string statePath);
+
+    // One round: waits up to `timeoutMs` for input, answers what is complete,
+    // sends answers whose time has come.
+    void serveOnce(int timeoutMs);
+
+    // Logs what is left unfinished when the simulator stops.
+    void finish();
+
+private:
+    using TimePoint = std::chrono::steady_clock::time_point;
+
+    struct Outgoing {
+        TimePoint due;
+        Bytes bytes;
+    };
+
+    struct Port {
+        int lp = 0;
+        int fd = -1;
+        FrameReader reader;
+        Bytes opening;            // first packet of a certificate-manager request
+        TimePoint lastInput{};
+        std::deque<Outgoing> outbox;
+    };
+
+    void readInput(Port& port);
+    void handlePacket(Port& port, const Bytes& packet);
+    void handleRequest(Port& port, const Request& request, bool answer);
+    void dropStaleInput(Port& port, TimePoint now, bool force = false);
+    void sendDue(Port& port, TimePoint now);
+    int nextWaitMs(int timeoutMs, TimePoint now) const;
+
+    Testbed& m_Testbed;
+    PrinterState& m_State;
+    const FaultSet& m_Faults;
+    RequestLog& m_Log;
+    Responder m_Responder;
+    std::string m_StatePath;
+    std::vector<Port> m_Ports;
+};
+
+}  // namespace corvelsim

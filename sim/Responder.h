@@ -1,0 +1,38 @@
+// The printer's side of each request: what it does with it and the answer
+// packet it sends back (before any travel fault).
+#pragma once
+
+#include <string>
+
+#include "sim/Faults.h"
+#include "sim/PrinterState.h"
+#include "sim/Request.h"
+
+namespace corvelsim {
+
+struct Decision {
+    Bytes answer;              // one framed packet; empty when the printer does not answer
+    std::vector<std::string> faults;  // answer faults that decided it
+    bool settingsAccepted = false;
+    bool stateChanged = false;
+};
+
+class Responder {
+public:
+    Responder(PrinterState& state, const FaultSet& faults) : m_State(state), m_Faults(faults) {}
+
+    Decision answer(const Request& request);
+
+private:
+    Bytes answerInner(const Request& request, Decision& decision);
+    Bytes answerRead(const Request& request, Decision& decision);
+    Bytes answerSettings(const Request& request, Decision& decision);
+
+    PrinterState& m_State;
+    const FaultSet& m_Faults;
+};
+
+// A refusal (flags 0xD4) repeating the request's command bytes.
+Bytes refusalFor(const Request& request);
+
+}  // namespace corvelsim

@@ -1,0 +1,152 @@
+#include "sim/SimOptions.h"
+
+#include <algorithm>
+
+namespace corvelsim {
+
+namespace {
+
+bool parseInt(const std::string& text, int low, int high, int& value)
+{
+    if (text.empty() || text.size() > 9 || text.find_first_not_of("0123456789") != std::string::npos)
+        return false;
+    value = std::stoi(text);
+    return value >= low && value <= high;
+}
+
+bool parseAddress(const std::string& text, std::array<uint8_t, 4>& address)
+{
+    std::array<uint8_t, 4> parts{};
+    size_t at = 0;
+    for (size_t i = 0; i < 4; ++i) {
+        size_t end = i < 3 ? text.find('.', at) : text.size();
+        if (end == std::string::npos) return false;
+        int part = 0;
+        if (!parseInt(text.substr(at, end - at), 0, 255, part)) return false;
+        parts[i] = uint8_t(part);
+        at = end + 1;
+    }
+    address = parts;
+    return true;
+}
+
+}  // namespace
+
+std::string helpText()
+{
+    return std::string(
+               "Usage: corvelsim [options] [-- command [args...]]\n"
+               "\n"
+               "Simulates a printer attached by USB: /dev/usb/lp0 (and any other node asked\n"
+               "for) exists for the command, which runs with the simulated printer attached;\n"
+               "corvelsim ends with the command's exit status (128 + signal when a signal\n"
+               "ended it). Without a command it starts an interactive shell ($SHELL or\n"
+               "/bin/sh) in which the printer stays attached until the shell exits.\n"
+               "\n"
+               "Options:\n"
+               "  --lp N            attach /dev/usb/lpN (0..16); repeatable; default 0\n"
+               "  --state FILE      keep the printer's settings in FILE (key=value lines),\n"
+               "                    read at start and rewritten on every change, so that\n"
+               "                    one run's settings are seen by the next. Without it the\n"
+               "                    printer starts from factory settings and forgets them\n"
+               "                    when corvelsim ends (commands run in one interactive\n"
+               "                    shell share them)\n"
+               "  --log FILE        append one JSON line per request received to FILE:\n"
+               "                    seq, port, kind (read, settings, certmgr, unknown),\n"
+               "                    envelope, raw (hex), group/field for reads, items and\n"
+               "                    accepted for settings, method for certificate-manager\n"
+               "                    calls, problem, answered, answer (hex), faults, delay_ms\n"
+               "  --speed N         run the command under faketime N times faster (1..100,\n"
+               "                    1 is real time) so that its fixed waits pass quickly;\n"
+               "                    the printer itself answers at once, in real time\n"
+               "  --join-after N    the printer joins the network on the N-th connection poll\n"
+               "                    (28/15) once SSID and the secret its security needs are\n"
+               "                    set (default 1; 0 joins at once)\n"
+               "  --ready-after N   06/1F reads 0x2D from the N-th poll on (default 1)\n"
+               "  --ip A.B.C.D      the address reported once joined (default 192.168.1.57)\n"
+               "  --fault NAME[=V]  misbehave; repeatable. NAME is one of:\n") +
+           faultHelp() +
+           "  -h, --help        show this text\n"
+           "\n"
+           "The printer answers reads of 28/08 (SSID), 28/15 (connection state), 06/1F,\n"
+           "0A/02 (IPv4 address), 2A/1D (802.1x status), 2A/06 and 2A/0A (certificate\n"
+           "organization and common name) and of every field it was sent; settings\n"
+           "requests (06/14 = 1 resets the network); plain or in a pass-through envelope.\n"
+           "Unknown requests get a refusal (flags 0xD4). Certificate-manager calls are\n"
+           "logged but not answered yet.\n";
+}
+
+bool parseOptions(int argc, const char* const* argv, SimOptions& options, std::string& error)
+{
+    for (int i = 1; i < argc; ++i) {
+        std::string arg = argv[i];
+        if (arg == "--") {
+            options.command.assign(argv + i + 1, argv + argc);
+            break;
+        }
+        if (arg == "-h" || arg == "--help") {
+            options.help = true;
+            continue;
+        }
+        std::string name = arg;
+        std::string value;
+        size_t equals = arg.find('=');
+        if (arg.rfind("--", 0) == 0 && equals != std::string::npos) {
+            name = arg.substr(0, equals);
+            value = arg.substr(equals + 1);
+        } else if (i + 1 < argc) {
+            value = argv[i + 1];
+            if (name == "--lp" || name == "--state" || name == "--log" || name == "--speed" ||
+                name == "--join-after" || name == "--ready-after" || name == "--ip" || name == "--fault")
+                ++i;
+        } else if (name.rfind("--", 0) == 0) {
+            error = "option " + name + " needs a value";
+            return false;
+        }
+
+        int number = 0;
+        if (name == "--lp") {
+            if (!parseInt(value, 0, 16, number)) {
+                error = "--lp needs a number from 0 to 16";
+                return false;
+            }
+            options.lpNumbers.push_back(number);
+        } else if (name == "--state") {
+            options.statePath = value;
+        } else if (name == "--log") {
+            options.logPath = value;
+        } else if (name == "--speed") {
+            if (!parseInt(value, 1, 100, options.speed)) {
+                error = "--speed needs a factor from 1 to 100";
+                return false;
+            }
+        } else if (name == "--join-after") {
+            if (!parseInt(value, 0, 1000000, options.life.joinAfterPolls)) {
+                error = "--join-after needs a count";
+                return false;
+            }
+        } else if (name == "--ready-after") {
+            if (!parseInt(value, 0, 1000000, options.life.readyAfterPolls)) {
+                error = "--ready-after needs a count";
+                return false;
+            }
+        } else if (name == "--ip") {
+            if (!parseAddress(value, options.life.address)) {
+                error = "--ip needs an address A.B.C.D";
+                return false;
+            }
+        } else if (name == "--fault") {
+            if (!addFault(options.faults, value, error)) return false;
+        } else {
+            error = "unknown option '" + arg + "'";
+            return false;
+        }
+    }
+    if (options.lpNumbers.empty()) options.lpNumbers.push_back(0);
+    std::sort(options.lpNumbers.begin(), options.lpNumbers.end());
+    options.lpNumbers.erase(std::unique(options.lpNumbers.begin(), options.lpNumbers.end()),
+                            options.lpNumbers.end());
+    return true;
+}
+
+}  // namespace corvelsim

@@ -1,0 +1,28 @@
+// corvelsim's command line.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "sim/Faults.h"
+#include "sim/PrinterState.h"
+
+namespace corvelsim {
+
+struct SimOptions {
+    std::vector<int> lpNumbers;     // default: {0}
+    std::string statePath;          // "" : in memory only
+    std::string logPath;            // "" : no request log
+    int speed = 0;                  // faketime factor for the child
+    FaultSet faults;
+    NetworkLife life;
+    std::vector<std::string> command;
+    bool help = false;
+};
+
+// Parses argv; false and a message on a bad option.
+bool parseOptions(int argc, const char* const* argv, SimOptions& options, std::string& error);
+
+std::string helpText();
+
+}  // namespace corvelsim

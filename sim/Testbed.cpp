@@ -1,0 +1,99 @@
+#include "sim/Testbed.h"
+
+#include <fcntl.h>
+#include <termios.h>
+#include <unistd.h>
+
+#include <cstdlib>
+
+#include <umockdev.h>
+
+namespace corvelsim {
+
+namespace {
+
+// A usbmisc printer node; the "N:" line without contents makes umockdev back
+// it with a pty.
+std::string deviceDescription(int lp)
+{
+    std::string n = std::to_string(lp);
+    return "P: /devices/corvelsim/usb1/1-1/1-1:1.0/usbmisc/lp" + n + "\n" +
+           "N: usb/lp" + n + "\n" +
+           "E: SUBSYSTEM=usbmisc\n"
+           "E: DEVNAME=/dev/usb/lp" + n + "\n" +
+           "E: MAJOR=180\n"
+           "E: MINOR=" + n + "\n" +
+           "A: dev=180:" + n + "\n";
+}
+
+bool makeRaw(int fd)
+{
+    termios settings{};
+    if (tcgetattr(fd, &settings) != 0) return false;
+    cfmakeraw(&settings);
+    return tcsetattr(fd, TCSANOW, &settings) == 0;
+}
+
+}  // namespace
+
+std::string lpPath(int lpNumber) { return "/dev/usb/lp" + std::to_string(lpNumber); }
+
+std::unique_ptr<Testbed> Testbed::create(const std::vector<int>& lpNumbers, std::string& error)
+{
+    std::unique_ptr<Testbed> testbed(new Testbed());
+    testbed->m_Testbed = umockdev_testbed_new();
+    if (!testbed->m_Testbed) {
+        error = "cannot create the umockdev testbed";
+        return nullptr;
+    }
+    gchar* root = umockdev_testbed_get_root_dir(testbed->m_Testbed);
+    testbed->m_RootDir = root ? root : "";
+    g_free(root);
+
+    for (int lp : lpNumbers) {
+        if (testbed->m_Masters.count(lp)) continue;
+        GError* gerror = nullptr;
+        std::string description = deviceDescription(lp);
+        if (!umockdev_testbed_add_from_string(testbed->m_Testbed, description.c_str(), &gerror)) {
+            error = "cannot add " + lpPath(lp) + ": " + (gerror ? gerror->message : "unknown error");
+            if (gerror) g_error_free(gerror);
+            return nullptr;
+        }
+        int master = umockdev_testbed_get_dev_fd(testbed->m_Testbed, lpPath(lp).c_str());
+        if (master < 0) {
+            error = "umockdev gave no pty for " + lpPath(lp);
+            return nullptr;
+        }
+        // Our own hold on the slave keeps the master from reporting a
+        // hang-up each time the utility closes the device.
+        const char* slaveName = ptsname(master);
+        int slave = slaveName ? ::open(slaveName, O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC) : -1;
+        if (slave < 0 || !makeRaw(master) || !makeRaw(slave)) {
+            if (slave >= 0) ::close(slave);
+            error = "cannot set up the pty of " + lpPath(lp);
+            return nullptr;
+        }
+        fcntl(master, F_SETFL, fcntl(master, F_GETFL) | O_NONBLOCK);
+        fcntl(master, F_SETFD, FD_CLOEXEC);
+        testbed->m_Masters[lp] = master;
+        testbed->m_Slaves[lp] = slave;
+    }
+    return testbed;
+}
+
+void Testbed::discardUnread(int lpNumber)
+{
+    // The utility always pauses between writing a request and reading, so
+    // this runs before it reads again.
+    auto slave = m_Slaves.find(lpNumber);
+    if (slave != m_Slaves.end()) tcflush(slave->second, TCIFLUSH);
+}
+
+Testbed::~Testbed()
+{
+    for (auto& [lp, fd] : m_Slaves) ::close(fd);
+    // The masters belong to the testbed, which removes its directory too.
+    if (m_Testbed) g_object_unref(m_Testbed);
+}
+
+}  // namespace corvelsim
