@@ -24,14 +24,31 @@ namespace {
 constexpr auto kRunLimit = std::chrono::seconds(60);
 const char* const kSpeed = "20";
 
-int runProcess(const std::vector<std::string>& argv, const std::string& dir, bool& timedOut)
+// Standard input for the child: /dev/null, or a pipe already holding `input`
+// (small enough for the pipe's buffer) whose writing end is closed.
+int standardInput(const std::string* input)
+{
+    if (input == nullptr) return open("/dev/null", O_RDONLY);
+    int ends[2];
+    if (pipe(ends) != 0) return -1;
+    bool written = write(ends[1], input->data(), input->size()) == static_cast<ssize_t>(input->size());
+    close(ends[1]);
+    if (!written) {
+        close(ends[0]);
+        return -1;
+    }
+    return ends[0];
+}
+
+int runProcess(const std::vector<std::string>& argv, const std::string& dir, const std::string* input,
+               bool& timedOut)
 {
     pid_t pid = fork();
     if (pid == 0) {
         if (chdir(dir.c_str()) != 0) _exit(126);
         int out = open("stdout.txt", O_WRONLY | O_CREAT | O_TRUNC, 0644);
         int err = open("stderr.txt", O_WRONLY | O_CREAT | O_TRUNC, 0644);
-        int in = open("/dev/null", O_RDONLY);
+        int in = standardInput(input);
         if (out < 0 || err < 0 || in < 0) _exit(126);
         dup2(in, 0);
         dup2(out, 1);
@@ -105,8 +122,10 @@ std::string SimDir::read(const std::string& name) const
     return text.str();
 }
 
-SimRun runCommandIn(const SimDir& dir, const std::vector<std::string>& simOptions,
-                    const std::vector<std::string>& command)
+namespace {
+
+SimRun runCommandWithInput(const SimDir& dir, const std::vector<std::string>& simOptions,
+                           const std::vector<std::string>& command, const std::string* input)
 {
     std::remove(dir.file("requests.jsonl").c_str());
     std::vector<std::string> argv = {kCorvelsim, "--speed", kSpeed, "--state", dir.file("state.txt"),
@@ -115,16 +134,35 @@ SimRun runCommandIn(const SimDir& dir, const std::vector<std::string>& simOption
     argv.push_back("--");
     argv.insert(argv.end(), command.begin(), command.end());
     bool timedOut = false;
-    int status = runProcess(argv, dir.path(), timedOut);
+    int status = runProcess(argv, dir.path(), input, timedOut);
     return collect(dir, status, timedOut);
+}
+
+std::vector<std::string> corvelcfgCommand(const std::vector<std::string>& corvelcfgArgs)
+{
+    std::vector<std::string> command = {kCorvelcfg};
+    command.insert(command.end(), corvelcfgArgs.begin(), corvelcfgArgs.end());
+    return command;
+}
+
+}  // namespace
+
+SimRun runCommandIn(const SimDir& dir, const std::vector<std::string>& simOptions,
+                    const std::vector<std::string>& command)
+{
+    return runCommandWithInput(dir, simOptions, command, nullptr);
 }
 
 SimRun runIn(const SimDir& dir, const std::vector<std::string>& simOptions,
              const std::vector<std::string>& corvelcfgArgs)
 {
-    std::vector<std::string> command = {kCorvelcfg};
-    command.insert(command.end(), corvelcfgArgs.begin(), corvelcfgArgs.end());
-    return runCommandIn(dir, simOptions, command);
+    return runCommandIn(dir, simOptions, corvelcfgCommand(corvelcfgArgs));
+}
+
+SimRun runInWithInput(const SimDir& dir, const std::vector<std::string>& simOptions,
+                      const std::vector<std::string>& corvelcfgArgs, const std::string& input)
+{
+    return runCommandWithInput(dir, simOptions, corvelcfgCommand(corvelcfgArgs), &input);
 }
 
 SimRun run(const std::vector<std::string>& simOptions, const std::vector<std::string>& corvelcfgArgs,

@@ -37,7 +37,8 @@ struct SimRun {
 };
 
 // Runs `corvelsim --speed 20 --state --log <simOptions> -- corvelcfg <args>`
-// in a fresh directory holding `files` (name to content).
+// in a fresh directory holding `files` (name to content). A "--speed N" among
+// `simOptions` comes later on corvelsim's command line and wins.
 SimRun run(const std::vector<std::string>& simOptions, const std::vector<std::string>& corvelcfgArgs,
            const std::map<std::string, std::string>& files = {});
 
@@ -45,6 +46,11 @@ SimRun run(const std::vector<std::string>& simOptions, const std::vector<std::st
 // log holds this run's requests only.
 SimRun runIn(const SimDir& dir, const std::vector<std::string>& simOptions,
              const std::vector<std::string>& corvelcfgArgs);
+
+// Like `runIn`, with standard input a pipe holding `input` (the other runs
+// read /dev/null).
+SimRun runInWithInput(const SimDir& dir, const std::vector<std::string>& simOptions,
+                      const std::vector<std::string>& corvelcfgArgs, const std::string& input);
 
 // Runs corvelsim with an arbitrary command instead of corvelcfg.
 SimRun runCommandIn(const SimDir& dir, const std::vector<std::string>& simOptions,
