@@ -1,5 +1,5 @@
 // Test doubles for the NPA code: a transport that records every write and
-// plays scripted printer answers, and helpers to write bytes as hex.
+// plays scripted printer answers, and hex helpers for readable mismatches.
 #pragma once
 
 #include <algorithm>
@@ -10,7 +10,7 @@
 #include <vector>
 
 #include "npa/WirelessConfigurator.h"
-#include "transport/Clock.h"
+#include "tests/support/FakeClock.h"
 #include "transport/CommTransport.h"
 
 #include <gtest/gtest.h>
@@ -26,7 +26,6 @@ inline std::vector<uint8_t> bytesFromHex(std::string text)
     return bytes;
 }
 
-// Bytes -> "A5 00 06", so that a mismatch shows both sides as hex.
 inline std::string hexOf(const std::vector<uint8_t>& bytes)
 {
     std::string text;
@@ -38,36 +37,28 @@ inline std::string hexOf(const std::vector<uint8_t>& bytes)
     return text;
 }
 
-inline std::string hexOf(const std::string& text)
-{
-    return hexOf(std::vector<uint8_t>(text.begin(), text.end()));
-}
+inline std::string hexOf(const std::string& text) { return hexOf(std::vector<uint8_t>(text.begin(), text.end())); }
 
-// A printer behind a scripted transport. Each open() starts the next scripted
-// answer; a read returns at most the rest of the current piece, as when the
-// printer pauses between pieces for longer than the transport's quiet time. A
-// read with nothing left lets that quiet time (5 s) pass on the installed
-// clock and returns 0, as the real transport does.
+// Each open() starts the next scripted answer. A read returns at most the rest
+// of the current piece (the printer pausing between pieces); with nothing left
+// it lets the transport's quiet time (5 s) pass on the clock and returns 0.
 class FakeCommTransport : public CommTransport {
 public:
     void addAnswer(const std::string& hex) { answers.push_back({bytesFromHex(hex)}); }
-    void addAnswer(const std::vector<uint8_t>& bytes) { answers.push_back({bytes}); }
     void addAnswerInPieces(const std::vector<std::vector<uint8_t>>& pieces) { answers.push_back(pieces); }
 
-    int32_t open(const char* usbPath) override
+    int32_t open(const char*) override
     {
-        openedPaths.emplace_back(usbPath);
         pending.clear();
-        if (openResult == 0 && !answers.empty()) {
+        if (!answers.empty()) {
             pending.assign(answers.front().begin(), answers.front().end());
             answers.pop_front();
         }
-        return openResult;
+        return 0;
     }
     int32_t close() override { return ++closes, 0; }
     int32_t read(uint8_t* buffer, int32_t length) override
     {
-        readSizes.push_back(length);
         while (!pending.empty() && pending.front().empty()) {
             pending.pop_front();
         }
@@ -88,10 +79,7 @@ public:
     }
     void noop() override {}
 
-    int32_t openResult = 0;
-    std::vector<std::string> openedPaths;
     std::vector<std::vector<uint8_t>> writes;
-    std::vector<int32_t> readSizes;
     int closes = 0;
 
 private:
@@ -99,22 +87,22 @@ private:
     std::deque<std::vector<uint8_t>> pending;
 };
 
-// A configurator on a fake transport whose password prompt answers "typed".
+// A configurator on a fake transport and a fake clock; its password prompt
+// answers "typed" and counts the prompts.
 struct ConfiguratorUnderTest {
     explicit ConfiguratorUnderTest(ConfigDetails details = ConfigDetails())
         : config(std::move(details)), configurator(config, std::make_unique<NPAChannel>(config.usbPath, transport))
     {
-        configurator.setPasswordSource([this] { return ++passwordPrompts, typedPassword; });
+        configurator.setPasswordSource([this] { return ++passwordPrompts, std::string("typed"); });
     }
 
+    ScopedFakeClock clock;
     ConfigDetails config;
     FakeCommTransport transport;
     WirelessConfigurator configurator;
-    std::string typedPassword = "typed";
     int passwordPrompts = 0;
 };
 
-// Standard output and standard error of one call.
 struct Captured {
     std::string out, err;
 };
