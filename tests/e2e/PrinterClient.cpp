@@ -17,7 +17,8 @@ namespace {
 std::vector<unsigned char> fromHex(const std::string& hex)
 {
     std::vector<unsigned char> bytes;
-    for (size_t i = 0; i + 1 < hex.size(); i += 2) bytes.push_back((unsigned char)std::stoi(hex.substr(i, 2), nullptr, 16));
+    for (size_t i = 0; i + 1 < hex.size(); i += 2)
+        bytes.push_back((unsigned char)std::strtoul(hex.substr(i, 2).c_str(), nullptr, 16));
     return bytes;
 }
 

@@ -15,41 +15,32 @@
 
 namespace e2e {
 
-const char* const kCorvelcfg = CORVELCFG_PATH;
-const char* const kCorvelsim = CORVELSIM_PATH;
-
 namespace {
 
 // Well above what any accelerated run needs; a run past it is a hang.
 constexpr auto kRunLimit = std::chrono::seconds(60);
-const char* const kSpeed = "20";
 
 // Standard input for the child: /dev/null, or a pipe already holding `input`
 // (small enough for the pipe's buffer) whose writing end is closed.
-int standardInput(const std::string* input)
+int standardInput(const char* input)
 {
     if (input == nullptr) return open("/dev/null", O_RDONLY);
     int ends[2];
     if (pipe(ends) != 0) return -1;
-    bool written = write(ends[1], input->data(), input->size()) == static_cast<ssize_t>(input->size());
+    size_t size = std::char_traits<char>::length(input);
+    bool written = write(ends[1], input, size) == ssize_t(size);
     close(ends[1]);
-    if (!written) {
-        close(ends[0]);
-        return -1;
-    }
-    return ends[0];
+    return written ? ends[0] : -1;
 }
 
-int runProcess(const std::vector<std::string>& argv, const std::string& dir, const std::string* input,
-               bool& timedOut)
+int runProcess(const std::vector<std::string>& argv, const SimDir& dir, const char* input, bool& timedOut)
 {
     pid_t pid = fork();
     if (pid == 0) {
-        if (chdir(dir.c_str()) != 0) _exit(126);
-        int out = open("stdout.txt", O_WRONLY | O_CREAT | O_TRUNC, 0644);
-        int err = open("stderr.txt", O_WRONLY | O_CREAT | O_TRUNC, 0644);
+        int out = open(dir.file("stdout.txt").c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
+        int err = open(dir.file("stderr.txt").c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
         int in = standardInput(input);
-        if (out < 0 || err < 0 || in < 0) _exit(126);
+        if (chdir(dir.file("").c_str()) != 0 || out < 0 || err < 0 || in < 0) _exit(126);
         dup2(in, 0);
         dup2(out, 1);
         dup2(err, 2);
@@ -70,25 +61,7 @@ int runProcess(const std::vector<std::string>& argv, const std::string& dir, con
         }
         std::this_thread::sleep_for(std::chrono::milliseconds(5));
     }
-    if (WIFEXITED(status)) return WEXITSTATUS(status);
-    return 128 + WTERMSIG(status);
-}
-
-SimRun collect(const SimDir& dir, int status, bool timedOut)
-{
-    SimRun result;
-    result.status = status;
-    result.timedOut = timedOut;
-    result.out = dir.read("stdout.txt");
-    result.err = dir.read("stderr.txt");
-    std::istringstream log(dir.read("requests.jsonl"));
-    std::string line;
-    while (std::getline(log, line)) {
-        JsonValue entry;
-        if (parseJson(line, entry)) result.log.push_back(std::move(entry));
-        else result.badLogLines.push_back(line);
-    }
-    return result;
+    return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
 }
 
 }  // namespace
@@ -97,16 +70,13 @@ SimDir::SimDir()
 {
     const char* base = std::getenv("TMPDIR");
     std::string pattern = std::string(base && *base ? base : "/tmp") + "/corvel-e2e-XXXXXX";
-    std::vector<char> buffer(pattern.begin(), pattern.end());
-    buffer.push_back('\0');
-    if (mkdtemp(buffer.data())) m_Path = buffer.data();
+    if (mkdtemp(pattern.data())) m_Path = pattern;
 }
 
 SimDir::~SimDir()
 {
-    if (m_Path.empty()) return;
     std::error_code ignored;
-    std::filesystem::remove_all(m_Path, ignored);
+    if (!m_Path.empty()) std::filesystem::remove_all(m_Path, ignored);
 }
 
 void SimDir::write(const std::string& name, const std::string& content) const
@@ -122,55 +92,41 @@ std::string SimDir::read(const std::string& name) const
     return text.str();
 }
 
-namespace {
-
-SimRun runCommandWithInput(const SimDir& dir, const std::vector<std::string>& simOptions,
-                           const std::vector<std::string>& command, const std::string* input)
+SimRun runSim(const SimDir& dir, const std::vector<std::string>& simOptions, const std::vector<std::string>& command,
+              const char* input)
 {
     std::remove(dir.file("requests.jsonl").c_str());
-    std::vector<std::string> argv = {kCorvelsim, "--speed", kSpeed, "--state", dir.file("state.txt"),
+    std::vector<std::string> argv = {CORVELSIM_PATH, "--speed", "20", "--state", dir.file("state.txt"),
                                      "--log", dir.file("requests.jsonl")};
     argv.insert(argv.end(), simOptions.begin(), simOptions.end());
     argv.push_back("--");
     argv.insert(argv.end(), command.begin(), command.end());
-    bool timedOut = false;
-    int status = runProcess(argv, dir.path(), input, timedOut);
-    return collect(dir, status, timedOut);
+    SimRun result;
+    result.status = runProcess(argv, dir, input, result.timedOut);
+    result.out = dir.read("stdout.txt");
+    result.err = dir.read("stderr.txt");
+    std::istringstream log(dir.read("requests.jsonl"));
+    for (std::string line; std::getline(log, line);) result.log.push_back(line);
+    return result;
 }
 
-std::vector<std::string> corvelcfgCommand(const std::vector<std::string>& corvelcfgArgs)
+std::string logValue(const std::string& line, const std::string& key)
 {
-    std::vector<std::string> command = {kCorvelcfg};
-    command.insert(command.end(), corvelcfgArgs.begin(), corvelcfgArgs.end());
-    return command;
+    size_t at = line.find("\"" + key + "\":");
+    if (at == std::string::npos) return "";
+    at += key.size() + 3;
+    if (line[at] != '"') return line.substr(at, line.find_first_of(",}", at) - at);
+    size_t end = at + 1;
+    while (end < line.size() && line[end] != '"') end += line[end] == '\\' ? 2 : 1;
+    return line.substr(at + 1, end - at - 1);
 }
 
-}  // namespace
-
-SimRun runCommandIn(const SimDir& dir, const std::vector<std::string>& simOptions,
-                    const std::vector<std::string>& command)
+SimRun runCorvelcfg(const SimDir& dir, const std::vector<std::string>& simOptions,
+                    const std::vector<std::string>& args, const char* input)
 {
-    return runCommandWithInput(dir, simOptions, command, nullptr);
-}
-
-SimRun runIn(const SimDir& dir, const std::vector<std::string>& simOptions,
-             const std::vector<std::string>& corvelcfgArgs)
-{
-    return runCommandIn(dir, simOptions, corvelcfgCommand(corvelcfgArgs));
-}
-
-SimRun runInWithInput(const SimDir& dir, const std::vector<std::string>& simOptions,
-                      const std::vector<std::string>& corvelcfgArgs, const std::string& input)
-{
-    return runCommandWithInput(dir, simOptions, corvelcfgCommand(corvelcfgArgs), &input);
-}
-
-SimRun run(const std::vector<std::string>& simOptions, const std::vector<std::string>& corvelcfgArgs,
-           const std::map<std::string, std::string>& files)
-{
-    SimDir dir;
-    for (const auto& [name, content] : files) dir.write(name, content);
-    return runIn(dir, simOptions, corvelcfgArgs);
+    std::vector<std::string> command = {CORVELCFG_PATH};
+    command.insert(command.end(), args.begin(), args.end());
+    return runSim(dir, simOptions, command, input);
 }
 
 }  // namespace e2e

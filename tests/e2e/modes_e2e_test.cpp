@@ -1,113 +1,244 @@
-// Every run mode of the real corvelcfg against corvelsim when the printer
-// answers normally: the exact request bytes, standard output and exit status.
+// Every run mode of the real corvelcfg against corvelsim, as data: what the
+// printer holds and how it behaves, the arguments, and everything the run
+// must show (exact request bytes, standard output, exit status).
 #include <gtest/gtest.h>
 
-#include "tests/e2e/ModeCase.h"
-#include "tests/e2e/NpaFrames.h"
+#include "tests/e2e/HexBytes.h"
+#include "tests/e2e/SimRun.h"
 
 namespace e2e {
 namespace {
 
-// A printer that has joined "HomeNet" with a WPA2 key.
-const std::string kJoinedState = "joined=1\n28/08=\"HomeNet\\0\"\n28/22=u32:4\n28/11=\"secret123\"\n";
-// The same settings, not joined yet.
-const std::string kConfiguredState = "joined=0\n28/08=\"HomeNet\\0\"\n28/22=u32:4\n28/11=\"secret123\"\n";
+// Request packets built from the frame rules, independently of the utility.
+Bytes cat(std::initializer_list<Bytes> parts)
+{
+    Bytes out;
+    for (const Bytes& part : parts) out.insert(out.end(), part.begin(), part.end());
+    return out;
+}
 
-Bytes mode(uint32_t value) { return numberItem(0x28, 0x02, value); }
-Bytes security(uint32_t value) { return numberItem(0x28, 0x22, value); }
-Bytes channel(uint32_t value) { return numberItem(0x28, 0x05, value); }
-Bytes ssid(const std::string& name) { return textItem(0x28, 0x08, name, true); }
-Bytes wepKey(uint8_t field, const std::string& key) { return textItem(0x28, field, key, false); }
+Bytes be16(size_t v) { return {uint8_t(v >> 8), uint8_t(v)}; }
+// A5, the length of what follows it, flags 50, the body.
+Bytes packet(const Bytes& body) { return cat({{0xA5}, be16(body.size() + 1), {0x50}, body}); }
+Bytes item(uint8_t group, uint8_t field, const Bytes& value)
+{
+    return cat({{group, field, 0x00}, be16(value.size()), value});
+}
+Bytes number(uint8_t group, uint8_t field, uint32_t v) { return item(group, field, cat({be16(v >> 16), be16(v)})); }
+Bytes text(uint8_t group, uint8_t field, const std::string& s, bool withZero = true)
+{
+    return item(group, field, Bytes(s.c_str(), s.c_str() + s.size() + (withZero ? 1 : 0)));
+}
+Bytes settings(std::initializer_list<Bytes> items) { return packet(cat({{0xE0, 0xDA, 0x01}, cat(items)})); }
+Bytes read(uint8_t group, uint8_t field) { return packet({0xE0, 0xD8, 0x00, group, field}); }
+Bytes envelope(const Bytes& inner) { return packet(cat({{0xE0, 0x63, 0x02}, be16(inner.size()), inner})); }
 
-const Bytes kReset = settingsRequest({item(0x06, 0x14, {0x01})});
+std::vector<Bytes> times(size_t count, const Bytes& request) { return std::vector<Bytes>(count, request); }
 
-// What the default run sends with the record's defaults: Managed, no
-// security, channel 6, and no SSID (the run reads no option).
-const Bytes kDefaultSettings = settingsRequest({mode(0), security(0), channel(6)});
+std::vector<Bytes> operator+(std::vector<Bytes> a, const std::vector<Bytes>& b)
+{
+    a.insert(a.end(), b.begin(), b.end());
+    return a;
+}
+
+Bytes mode(uint32_t v) { return number(0x28, 0x02, v); }
+Bytes security(uint32_t v) { return number(0x28, 0x22, v); }
+Bytes channel(uint32_t v) { return number(0x28, 0x05, v); }
+Bytes ssid(const std::string& name) { return text(0x28, 0x08, name); }
+Bytes wepKey(uint8_t field, const std::string& key) { return text(0x28, field, key, false); }
+
+const std::string kConfiguredState = "28/08=\"HomeNet\\0\"\n28/22=u32:4\n28/11=\"secret123\"\n";
+const std::string kJoinedState = "joined=1\n" + kConfiguredState;
+
+const std::vector<std::string> kBasicArgs = {"-c", "--ssid=HomeNet", "--security=WPA2", "--passwd=secret123"};
+const Bytes kBasic = settings({mode(0), security(4), channel(6), ssid("HomeNet"), text(0x28, 0x11, "secret123")});
+const std::vector<std::string> kAdvancedArgs = {"-ca", "--ssid=HomeNet", "--security=WPA-PER", "--psk=secret123"};
+const Bytes kAdvanced =
+    settings({text(0x28, 0x11, "secret123", false), mode(0), security(2), channel(6), ssid("HomeNet")});
+// The default run sends the record's defaults: Managed, no security, channel 6, no SSID.
+const Bytes kDefaultSettings = settings({mode(0), security(0), channel(6)});
+const Bytes kReset = settings({item(0x06, 0x14, {0x01})});
+const Bytes kReadSsid = read(0x28, 0x08), kReadConnection = read(0x28, 0x15), kReadAddress = read(0x0A, 0x02);
+const Bytes kReadDeviceState = read(0x06, 0x1F), kReadAuthStatus = read(0x2A, 0x1D);
+const Bytes kReadOrganization = read(0x2A, 0x06), kReadCommonName = read(0x2A, 0x0A);
+const std::string kDefaultRunHead = "npa data going: 0Configuring the printer....\nResetting the printer....\n"
+                                    "Connecting to wireless network....npa data going: 0";
+const std::string kAddressLine = "Acquiring network address....\nIP-ADDRESS : ";
+
+// Long runs in fake time (pauses of 10 and 50 s, up to seven attempts) go faster.
+const std::vector<std::string> kRefuse = {"--fault", "refuse-envelope"};
+const std::vector<std::string> kRefuseFast = {"--fault", "refuse-envelope", "--speed", "50"};
+const std::vector<std::string> kReject = {"--fault", "reject-settings"};
+const std::vector<std::string> kSilent = {"--fault", "silent", "--speed", "50"};
+
+struct ModeCase {
+    const char* name;
+    std::vector<std::string> args;
+    std::vector<std::string> simOptions;
+    std::string state;            // the state file before the run ("" = factory settings)
+    std::vector<Bytes> requests;  // every request the printer receives, in order
+    std::string out;
+    int status;
+    std::string errLine = {};  // a line standard error holds `errTimes` times ("" = not checked)
+    int errTimes = 1;
+    const char* input = nullptr;  // standard input as a pipe holding this, else /dev/null
+};
+
+void PrintTo(const ModeCase& c, std::ostream* out) { *out << c.name; }
+
+int occurrences(const std::string& text, const std::string& part)
+{
+    int count = 0;
+    for (size_t at = text.find(part); at != std::string::npos; at = text.find(part, at + part.size())) ++count;
+    return count;
+}
 
 class Mode : public ::testing::TestWithParam<ModeCase> {};
 
-TEST_P(Mode, SendsTheDocumentedRequestsAndReportsTheAnswer) { checkModeRun(GetParam()); }
+TEST_P(Mode, SendsTheExpectedRequestsAndReportsTheAnswer)
+{
+    const ModeCase& c = GetParam();
+    SimDir dir;
+    if (!c.state.empty()) dir.write("state.txt", c.state);
+    SimRun run = runCorvelcfg(dir, c.simOptions, c.args, c.input);
+    ASSERT_FALSE(run.timedOut) << "the run did not end";
+    EXPECT_EQ(run.status, c.status) << run.err;
+    EXPECT_TRUE(sameText(c.out, run.out));
+    if (!c.errLine.empty()) {
+        EXPECT_EQ(occurrences(run.err, c.errLine), c.errTimes) << c.errLine << "in:\n" << run.err;
+    }
+    EXPECT_EQ(run.log.size(), c.requests.size()) << "requests the printer received";
+    for (size_t i = 0; i < c.requests.size() && i < run.log.size(); ++i)
+        EXPECT_TRUE(sameBytes(c.requests[i], bytesFromHex(logValue(run.log[i], "raw")))) << "request " << i + 1;
+}
+
+std::string caseName(const ::testing::TestParamInfo<ModeCase>& info) { return info.param.name; }
 
 INSTANTIATE_TEST_SUITE_P(
-    Runs, Mode,
+    Answering, Mode,
     ::testing::Values(
-        ModeCase{"basicWpa2",
-                 {"-c", "--ssid=HomeNet", "--security=WPA2", "--passwd=secret123"}, {}, "",
-                 {envelope(settingsRequest({mode(0), security(4), channel(6), ssid("HomeNet"),
-                                            textItem(0x28, 0x11, "secret123", true)}))},
-                 "npa data going: 4", 0},
+        ModeCase{"basicWpa2", kBasicArgs, {}, "", {envelope(kBasic)}, "npa data going: 4", 0},
         ModeCase{"basicWepAdHoc",
                  {"-c", "--ssid=Cafe", "--mode=Ad-Hoc", "--channel=11", "--security=WEP", "--passwd=abcde"}, {}, "",
-                 {envelope(settingsRequest({mode(1), security(1), channel(11), ssid("Cafe"),
-                                            textItem(0x28, 0x09, "abcde", true)}))},
+                 {envelope(settings({mode(1), security(1), channel(11), ssid("Cafe"), text(0x28, 0x09, "abcde")}))},
                  "npa data going: 1", 0},
-        ModeCase{"advancedOpen",
-                 {"-ca", "--ssid=Cafe", "--security=OPEN", "--WEP-key1=ignored"}, {}, "",
-                 {envelope(settingsRequest({mode(0), security(0), channel(6), ssid("Cafe")}))},
-                 "npa data going: 0", 0, "D [CVL] Adv OPEN ret = 0\n"},
+        ModeCase{"advancedOpen", {"-ca", "--ssid=Cafe", "--security=OPEN", "--WEP-key1=ignored"}, {}, "",
+                 {envelope(settings({mode(0), security(0), channel(6), ssid("Cafe")}))}, "npa data going: 0", 0,
+                 "D [CVL] Adv OPEN ret = 0\n"},
         ModeCase{"advancedOpenWep",
                  {"-ca", "--ssid=Cafe", "--security=OPEN", "--encryption=WEP", "--WEP-key1=0123456789",
                   "--WEP-transmit=2"}, {}, "",
-                 {envelope(settingsRequest({wepKey(0x09, "0123456789"), wepKey(0x0B, ""), wepKey(0x0D, ""),
-                                            wepKey(0x0F, ""), numberItem(0x28, 0x1F, 2), numberItem(0x28, 0x23, 1),
-                                            mode(0), security(1), channel(6), ssid("Cafe")}))},
+                 {envelope(settings({wepKey(0x09, "0123456789"), wepKey(0x0B, ""), wepKey(0x0D, ""), wepKey(0x0F, ""),
+                                     number(0x28, 0x1F, 2), number(0x28, 0x23, 1), mode(0), security(1), channel(6),
+                                     ssid("Cafe")}))},
                  "npa data going: 1", 0},
+        // A WEP key is cut to 26 characters.
         ModeCase{"advancedShared",
                  {"-ca", "--ssid=Cafe", "--security=SHARED", "--encryption=WEP", "--channel=3",
                   "--WEP-key2=abcdefghijklmnopqrstuvwxyz0123"}, {}, "",
-                 {envelope(settingsRequest({wepKey(0x09, ""), wepKey(0x0B, "abcdefghijklmnopqrstuvwxyz"),
-                                            wepKey(0x0D, ""), wepKey(0x0F, ""), numberItem(0x28, 0x1F, 1),
-                                            numberItem(0x28, 0x23, 2), mode(0), security(1), channel(3),
-                                            ssid("Cafe")}))},
+                 {envelope(settings({wepKey(0x09, ""), wepKey(0x0B, "abcdefghijklmnopqrstuvwxyz"), wepKey(0x0D, ""),
+                                     wepKey(0x0F, ""), number(0x28, 0x1F, 1), number(0x28, 0x23, 2), mode(0),
+                                     security(1), channel(3), ssid("Cafe")}))},
                  "npa data going: 1", 0, "D [CVL] Adv SHARED ret = 0\n"},
         ModeCase{"advancedWpaPersonal",
                  {"-ca", "--ssid=Cafe", "--security=WPA-PER", "--psk=passphrase1", "--encryption=AES"}, {}, "",
-                 {envelope(settingsRequest({textItem(0x28, 0x11, "passphrase1", false), numberItem(0x28, 0x26, 4),
-                                            mode(0), security(2), channel(6), ssid("Cafe")}))},
+                 {envelope(settings({text(0x28, 0x11, "passphrase1", false), number(0x28, 0x26, 4), mode(0),
+                                     security(2), channel(6), ssid("Cafe")}))},
                  "npa data going: 2", 0, "D [CVL] Adv WPA-Personal ret = 0\n"},
-        ModeCase{"advancedWpaEnterprise",
-                 {"-ca", "--ssid=Cafe", "--security=WPA-ENT", "--encryption=TKIP"}, {}, "",
-                 {envelope(settingsRequest({item(0x28, 0x11, {}), numberItem(0x28, 0x26, 3), mode(0), security(4),
-                                            channel(6), ssid("Cafe")}))},
+        ModeCase{"advancedWpaEnterprise", {"-ca", "--ssid=Cafe", "--security=WPA-ENT", "--encryption=TKIP"}, {}, "",
+                 {envelope(settings({item(0x28, 0x11, {}), number(0x28, 0x26, 3), mode(0), security(4), channel(6),
+                                     ssid("Cafe")}))},
                  "npa data going: 4", 0, "D [CVL] Adv WPA-Ent ret = 0\n"},
-        ModeCase{"advancedUnnamedSecuritySendsNothing",
-                 {"-ca", "--ssid=Cafe", "--security=WPA", "--passwd=x"}, {}, "", {}, "", 0,
-                 "D [CVL] Master security = 'WPA'\n"},
+        ModeCase{"advancedUnnamedSecuritySendsNothing", {"-ca", "--ssid=Cafe", "--security=WPA", "--passwd=x"}, {},
+                 "", {}, "", 0, "D [CVL] Master security = 'WPA'\n"},
         // Not available yet: refused without sending, then once more in plain form.
-        ModeCase{"advanced8021xIsNotAvailable",
-                 {"-ca", "--ssid=Cafe", "--security=802.1x"}, {}, "", {}, "", 255,
+        ModeCase{"advanced8021xIsNotAvailable", {"-ca", "--ssid=Cafe", "--security=802.1x"}, {}, "", {}, "", 255,
                  "D [CVL] 802.1x configuration is not available yet.\n", 2},
-        ModeCase{"showSsid", {"-s"}, {}, kJoinedState, {envelope(readRequest(0x28, 0x08))}, "HomeNet\n", 0},
-        ModeCase{"address", {"-ip"}, {"--ip", "10.20.30.40"}, kJoinedState, {envelope(readRequest(0x0A, 0x02))},
+        ModeCase{"showSsid", {"-s"}, {}, kJoinedState, {envelope(kReadSsid)}, "HomeNet\n", 0},
+        ModeCase{"address", {"-ip"}, {"--ip", "10.20.30.40"}, kJoinedState, {envelope(kReadAddress)},
                  "10.20.30.40\n", 0},
         ModeCase{"waitForConnection", {"-t"}, {"--join-after", "2"}, kConfiguredState,
-                 {envelope(readRequest(0x28, 0x15)), envelope(readRequest(0x28, 0x15))}, "", 0},
-        ModeCase{"deviceState", {"-a"}, {}, "", {envelope(readRequest(0x06, 0x1F))}, "", 0},
+                 times(2, envelope(kReadConnection)), "", 0},
+        ModeCase{"deviceStateReadyOnSecondPoll", {"-a"}, {"--ready-after", "2"}, "",
+                 times(2, envelope(kReadDeviceState)), "", 0},
         ModeCase{"reset", {"-r"}, {}, kJoinedState, {envelope(kReset)}, "", 0},
-        ModeCase{"authStatusIsTheExitStatus", {"-802s"}, {}, "2A/1D=u8:2\n", {envelope(readRequest(0x2A, 0x1D))}, "",
-                 2, "D [CVL] Status: 2 (Authenticated)\n"},
-        ModeCase{"certificateSettings", {"-cer"}, {}, "",
-                 {envelope(readRequest(0x2A, 0x06)), envelope(readRequest(0x2A, 0x0A))}, "", 0,
-                 "D [CVL] Organization (26 bytes): Corvel Simulated Printers\n"},
+        ModeCase{"authStatusIsTheExitStatus", {"-802s"}, {}, "2A/1D=u8:2\n", {envelope(kReadAuthStatus)}, "", 2,
+                 "D [CVL] Status: 2 (Authenticated)\n"},
+        ModeCase{"certificateSettings", {"-cer"}, {}, "", {envelope(kReadOrganization), envelope(kReadCommonName)},
+                 "", 0, "D [CVL] Organization (26 bytes): Corvel Simulated Printers\n"},
         // Any other first argument: the full configuration with the defaults
         // (the option is not read), polls until joined, then the address.
         ModeCase{"defaultRun", {"--ssid=NotRead"}, {"--join-after", "2", "--ip", "10.0.0.9"}, kConfiguredState,
-                 {envelope(kDefaultSettings), envelope(readRequest(0x28, 0x15)), envelope(readRequest(0x28, 0x15)),
-                  envelope(readRequest(0x0A, 0x02))},
-                 "npa data going: 0Configuring the printer....\nResetting the printer....\n"
-                 "Connecting to wireless network....npa data going: 0Acquiring network address....\n"
-                 "IP-ADDRESS : 10.0.0.9\n",
-                 0},
-        // Without --passwd= the password is asked for and read from standard input.
+                 {envelope(kDefaultSettings), envelope(kReadConnection), envelope(kReadConnection),
+                  envelope(kReadAddress)},
+                 kDefaultRunHead + kAddressLine + "10.0.0.9\n", 0},
+        // Without --passwd= the password is read from standard input, after a prompt.
         ModeCase{"passwordPrompt", {"-c", "--ssid=x", "--security=WPA"}, {}, "",
-                 {envelope(settingsRequest({mode(0), security(2), channel(6), ssid("x"),
-                                            textItem(0x28, 0x11, "s3cret", true)}))},
+                 {envelope(settings({mode(0), security(2), channel(6), ssid("x"), text(0x28, 0x11, "s3cret")}))},
                  "npa data going: 2Please provide the password:\n\n", 0, {}, 1, "s3cret\n"},
         ModeCase{"noPromptWithoutSecurity", {"-c", "--ssid=x", "--security=None"}, {}, "",
-                 {envelope(settingsRequest({mode(0), security(0), channel(6), ssid("x")}))}, "npa data going: 0", 0,
-                 {}, 1, "s3cret\n"}),
-    ModeCaseName());
+                 {envelope(settings({mode(0), security(0), channel(6), ssid("x")}))}, "npa data going: 0", 0, {}, 1,
+                 "s3cret\n"}),
+    caseName);
+
+// The modes that retry are repeated once, in plain form, after the refusal
+// of their first (wrapped) request; "-r" and "-a" never are.
+INSTANTIATE_TEST_SUITE_P(
+    RefusedEnvelope, Mode,
+    ::testing::Values(
+        ModeCase{"basic", kBasicArgs, kRefuse, "", {envelope(kBasic), kBasic}, "npa data going: 4npa data going: 4", 0,
+                 "D [CVL] Basic config ret = -1\n"},
+        ModeCase{"advanced", kAdvancedArgs, kRefuse, "", {envelope(kAdvanced), kAdvanced},
+                 "npa data going: 2npa data going: 2", 0, "D [CVL] Adv WPA-Personal ret = -1\n"},
+        ModeCase{"address", {"-ip"}, kRefuse, kJoinedState, {envelope(kReadAddress), kReadAddress}, "192.168.1.57\n",
+                 0},
+        ModeCase{"waitForConnection", {"-t"}, kRefuse, kJoinedState, {envelope(kReadConnection), kReadConnection},
+                 "", 0},
+        ModeCase{"showSsid", {"-s"}, kRefuse, kJoinedState, {envelope(kReadSsid), kReadSsid}, "HomeNet\n", 0},
+        // A plain answer holds no inner answer packet: the status is not found either time.
+        ModeCase{"authStatus", {"-802s"}, kRefuse, "", {envelope(kReadAuthStatus), kReadAuthStatus}, "", 255,
+                 "D [CVL] 802.1x Authentication status...\n", 2},
+        // Marked for retry, but its result is always 0, so it never repeats.
+        ModeCase{"certificateSettings", {"-cer"}, kRefuse, "", {envelope(kReadOrganization), envelope(kReadCommonName)},
+                 "", 0, "D [CVL] Organization", 0},
+        ModeCase{"reset", {"-r"}, kRefuseFast, "", times(2, envelope(kReset)), "", 1},
+        ModeCase{"deviceState", {"-a"}, kRefuseFast, "", times(6, envelope(kReadDeviceState)), "", 1},
+        // The default run repeats its settings itself; everything after goes plain.
+        ModeCase{"defaultRun", {"-x"}, kRefuse, kJoinedState,
+                 {envelope(kDefaultSettings), kDefaultSettings, kReadConnection, kReadAddress},
+                 kDefaultRunHead + "npa data going: 0" + kAddressLine + "192.168.1.57\n", 0}),
+    caseName);
+
+// A settings answer that does not end in 0x01: result 1, no repeat.
+INSTANTIATE_TEST_SUITE_P(
+    RejectedSettings, Mode,
+    ::testing::Values(ModeCase{"basic", kBasicArgs, kReject, "", {envelope(kBasic)}, "npa data going: 4", 1,
+                               "D [CVL] Basic config ret = 1\n"},
+                      ModeCase{"advanced", kAdvancedArgs, kReject, "", {envelope(kAdvanced)}, "npa data going: 2", 1,
+                               "D [CVL] Adv WPA-Personal ret = 1\n"}),
+    caseName);
+
+// Every mode ends after its attempts run out, with its own result.
+INSTANTIATE_TEST_SUITE_P(
+    SilentPrinter, Mode,
+    ::testing::Values(
+        ModeCase{"basic", kBasicArgs, kSilent, "", {envelope(kBasic), kBasic}, "npa data going: 4npa data going: 4",
+                 255},
+        ModeCase{"showSsid", {"-s"}, kSilent, "", times(7, envelope(kReadSsid)), "", 1},
+        ModeCase{"address", {"-ip"}, kSilent, "", times(7, envelope(kReadAddress)), "", 1},
+        // The last attempt read nothing: 1, "not connected".
+        ModeCase{"waitForConnection", {"-t"}, kSilent, "", times(4, envelope(kReadConnection)), "", 1},
+        ModeCase{"deviceState", {"-a"}, kSilent, "", times(6, envelope(kReadDeviceState)), "", 1},
+        ModeCase{"reset", {"-r"}, kSilent, "", times(2, envelope(kReset)), "", 1},
+        ModeCase{"authStatus", {"-802s"}, kSilent, "", {envelope(kReadAuthStatus), kReadAuthStatus}, "", 255,
+                 "D [CVL] Auth status response (0 bytes)\n", 2},
+        ModeCase{"certificateSettings", {"-cer"}, kSilent, "", {envelope(kReadOrganization), envelope(kReadCommonName)},
+                 "", 0},
+        ModeCase{"defaultRun", {"-x"}, kSilent, "",
+                 std::vector<Bytes>{envelope(kDefaultSettings), kDefaultSettings} + times(4, kReadConnection) +
+                     times(7, kReadAddress),
+                 kDefaultRunHead + "npa data going: 0" + kAddressLine, 0}),
+    caseName);
 
 }  // namespace
 }  // namespace e2e
