@@ -8,6 +8,7 @@
 #include "sim/Faults.h"
 #include "sim/FrameReader.h"
 #include "sim/NpaPacket.h"
+#include "sim/PrinterState.h"
 #include "sim/Responder.h"
 #include "sim/StateFile.h"
 
@@ -24,6 +25,39 @@ Bytes hex(std::string text)
 
 Bytes text(const std::string& s) { return Bytes(s.c_str(), s.c_str() + s.size() + 1); }  // with its zero
 Bytes u32(unsigned v) { return {uint8_t(v >> 24), uint8_t(v >> 16), uint8_t(v >> 8), uint8_t(v)}; }
+
+// The printer joins only when the settings hold the secret their security
+// needs; end-to-end runs reach just the WPA rows of this.
+TEST(PrinterState, JoinsOnlyWithTheSecretItsSecurityNeeds)
+{
+    const struct {
+        const char* name;
+        unsigned security;
+        std::vector<Item> secrets;
+        bool joins;
+    } cases[] = {
+        {"open", 0, {}, true},
+        {"WEP without key", 1, {}, false},
+        {"WEP with key 3", 1, {{0x28, 0x0D, text("k3")}}, true},
+        {"WPA with PSK", 2, {{0x28, 0x11, text("psk")}}, true},
+        {"WPA2 with empty PSK", 4, {{0x28, 0x11, {}}}, false},
+        {"802.1x without user", 3, {{0x28, 0x11, text("psk")}}, false},
+        {"802.1x with user", 3, {{0x2A, 0x02, text("alice")}}, true},
+    };
+    for (const auto& c : cases) {
+        PrinterState printer(NetworkLife{});
+        std::vector<Item> settings{{0x28, 0x22, u32(c.security)}, {0x28, 0x08, text("Lab")}};
+        settings.insert(settings.end(), c.secrets.begin(), c.secrets.end());
+        printer.applySettings(settings);
+        EXPECT_EQ(printer.readField(0x28, 0x15), Bytes{uint8_t(c.joins ? 0x00 : 0x01)}) << c.name;
+        const Bytes address = c.joins ? Bytes{192, 168, 1, 57} : Bytes{0, 0, 0, 0};
+        EXPECT_EQ(printer.readField(0x0A, 0x02), address) << c.name;
+    }
+    // Without an SSID nothing joins, whatever the security.
+    PrinterState noSsid(NetworkLife{});
+    noSsid.applySettings({{0x28, 0x22, u32(0)}});
+    EXPECT_EQ(noSsid.readField(0x28, 0x15), Bytes{0x01});
+}
 
 TEST(FrameReader, CutsPacketsOutOfAnyChunkingAndKeepsAnIncompleteOne)
 {
