@@ -46,9 +46,9 @@ int WirelessConfigurator::basicConfig()
     return result;
 }
 
-int WirelessConfigurator::configureWPAEnterprise()
+// Both WPA sequences send the same items; only their trace line differs.
+int WirelessConfigurator::sendWPASettings()
 {
-    std::fprintf(stderr, "D [CVL] Configuring WPA Enterprise...\n");
     packet.clear();
     int32_t itemsLength = addPSK();
     itemsLength += addEncryption();
@@ -59,17 +59,16 @@ int WirelessConfigurator::configureWPAEnterprise()
     return sendSettingsRequest(itemsLength, true);
 }
 
+int WirelessConfigurator::configureWPAEnterprise()
+{
+    std::fprintf(stderr, "D [CVL] Configuring WPA Enterprise...\n");
+    return sendWPASettings();
+}
+
 int WirelessConfigurator::configureWPAPersonal()
 {
     std::fprintf(stderr, "D [CVL] Configuring WPA Personal...\n");
-    packet.clear();
-    int32_t itemsLength = addPSK();
-    itemsLength += addEncryption();
-    itemsLength += addMode();
-    itemsLength += addSecurity();
-    itemsLength += addChannel();
-    itemsLength += addSSID();
-    return sendSettingsRequest(itemsLength, true);
+    return sendWPASettings();
 }
 
 int WirelessConfigurator::configureOpen()

@@ -90,6 +90,7 @@ private:
     int sendSettingsRequest(int32_t itemsLength, bool dumpRequest);
     // Appends the items of the basic configuration; returns their total size.
     int32_t appendBasicItems();
+    int sendWPASettings();
 
     // Item builders shared by the setting operations.
     int32_t appendNumericItem(uint8_t group, uint8_t field, uint32_t value);
