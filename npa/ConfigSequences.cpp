@@ -46,6 +46,18 @@ int WirelessConfigurator::basicConfig()
     return result;
 }
 
+// The four WEP keys, the transmit key and the authentication mode.
+int32_t WirelessConfigurator::appendWEPItems()
+{
+    int32_t itemsLength = 0;
+    for (int key = 1; key <= 4; ++key) {
+        itemsLength += addWEPKey(key);
+    }
+    itemsLength += addWEPTransmitKey();
+    itemsLength += addWEPAuthMode();
+    return itemsLength;
+}
+
 // Both WPA sequences send the same items; only their trace line differs.
 int WirelessConfigurator::sendWPASettings()
 {
@@ -77,11 +89,7 @@ int WirelessConfigurator::configureOpen()
     packet.clear();
     int32_t itemsLength = 0;
     if (config.encryption == "WEP") {  // open WEP carries its keys, plain open none
-        for (int key = 1; key <= 4; ++key) {
-            itemsLength += addWEPKey(key);
-        }
-        itemsLength += addWEPTransmitKey();
-        itemsLength += addWEPAuthMode();
+        itemsLength += appendWEPItems();
     }
     itemsLength += addMode();
     itemsLength += addSecurity();
@@ -94,12 +102,7 @@ int WirelessConfigurator::configureShared()
 {
     std::fprintf(stderr, "D [CVL] Configuring Shared Mode...\n");
     packet.clear();
-    int32_t itemsLength = 0;
-    for (int key = 1; key <= 4; ++key) {
-        itemsLength += addWEPKey(key);
-    }
-    itemsLength += addWEPTransmitKey();
-    itemsLength += addWEPAuthMode();
+    int32_t itemsLength = appendWEPItems();
     itemsLength += addMode();
     itemsLength += addSecurity();
     itemsLength += addChannel();

@@ -55,6 +55,8 @@ private:
     // Runs the attempts of `rule`; `answer` and `got` hold the last answer read.
     PollOutcome poll(const uint8_t* request, int32_t length, const PollRule& rule,
                      std::vector<uint8_t>& answer, int32_t& got);
+    // Polls that report only whether the awaited state came: 0 it came, 1 it did not.
+    int pollUntilSeen(const uint8_t* request, int32_t length, const PollRule& rule);
 
     // One attempt of a polled exchange: open, write, wait, one read, close.
     // Returns the byte count read into `buffer` (0 to buffer.size()).

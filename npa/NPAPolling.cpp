@@ -61,6 +61,13 @@ NPAChannel::PollOutcome NPAChannel::poll(const uint8_t* request, int32_t length,
     return PollOutcome::OutOfAttempts;
 }
 
+int NPAChannel::pollUntilSeen(const uint8_t* request, int32_t length, const PollRule& rule)
+{
+    std::vector<uint8_t> answer;
+    int32_t got = 0;
+    return poll(request, length, rule, answer, got) == PollOutcome::Success ? 0 : 1;
+}
+
 int NPAChannel::pollConnection(const uint8_t* request, int32_t length)
 {
     static const PollRule rule{255, 2, 4, 0, true, [](const std::vector<uint8_t>& a, int32_t got, int32_t) {
@@ -87,9 +94,7 @@ int NPAChannel::pollDeviceState(const uint8_t* request, int32_t length)
     static const PollRule rule{255, 0, 6, 10, false, [](const std::vector<uint8_t>& a, int32_t got, int32_t) {
                                    return endsWith(a, got, 0x2D);
                                }};
-    std::vector<uint8_t> answer;
-    int32_t got = 0;
-    return poll(request, length, rule, answer, got) == PollOutcome::Success ? 0 : 1;
+    return pollUntilSeen(request, length, rule);
 }
 
 int NPAChannel::pollReset(const uint8_t* request, int32_t length)
@@ -97,9 +102,7 @@ int NPAChannel::pollReset(const uint8_t* request, int32_t length)
     static const PollRule rule{255, 5, 2, 50, false, [](const std::vector<uint8_t>& a, int32_t got, int32_t) {
                                    return endsWith(a, got, 0x01);
                                }};
-    std::vector<uint8_t> answer;
-    int32_t got = 0;
-    return poll(request, length, rule, answer, got) == PollOutcome::Success ? 0 : 1;
+    return pollUntilSeen(request, length, rule);
 }
 
 int NPAChannel::pollAddress(const uint8_t* request, int32_t length)

@@ -91,6 +91,7 @@ private:
     // Appends the items of the basic configuration; returns their total size.
     int32_t appendBasicItems();
     int sendWPASettings();
+    int32_t appendWEPItems();
 
     // Item builders shared by the setting operations.
     int32_t appendNumericItem(uint8_t group, uint8_t field, uint32_t value);

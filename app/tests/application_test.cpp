@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "app/Application.h"
+#include "tests/support/TempFile.h"
 
 namespace {
 
@@ -90,19 +91,6 @@ int runWith(FakeTargets& targets, std::vector<std::string> args)
     targets.err = testing::internal::GetCapturedStderr();
     return status;
 }
-
-// A file under /tmp whose name holds no '-', so that it may be taken for a USB path.
-struct TempFile {
-    explicit TempFile(const std::string& content)
-    {
-        char name[] = "/tmp/corvelappXXXXXX";
-        ::close(mkstemp(name));
-        path = name;
-        std::ofstream(path, std::ios::binary) << content;
-    }
-    ~TempFile() { std::remove(path.c_str()); }
-    std::string path;
-};
 
 TEST(Usage, PrintedWithoutArgumentsAndForDashH)
 {

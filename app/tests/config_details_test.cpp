@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "app/ConfigDetails.h"
+#include "tests/support/TempFile.h"
 
 namespace {
 
@@ -27,18 +28,6 @@ ConfigDetails parsed(const std::vector<std::string>& rest)
     parseArguments(config, static_cast<int>(args.size()), args);
     return config;
 }
-
-struct TempFile {
-    explicit TempFile(const std::string& content)
-    {
-        char name[] = "/tmp/corvelcfgXXXXXX";
-        ::close(mkstemp(name));
-        path = name;
-        std::ofstream(path, std::ios::binary) << content;
-    }
-    ~TempFile() { std::remove(path.c_str()); }
-    std::string path;
-};
 
 ConfigDetails fromFile(const std::string& content)
 {
