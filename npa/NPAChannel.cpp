@@ -77,6 +77,14 @@ NPAChannel::~NPAChannel()
     }
 }
 
+std::unique_ptr<NPAChannel> NPAChannel::duplicate() const
+{
+    if (holdsSingletonReference) {
+        return std::make_unique<NPAChannel>(devicePath);
+    }
+    return std::make_unique<NPAChannel>(devicePath, transport);
+}
+
 int32_t NPAChannel::exchangeNPA(const uint8_t* request, int32_t length, std::vector<uint8_t>& answer,
                                 int timeLimitSeconds)
 {

@@ -4,6 +4,7 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -39,6 +40,10 @@ public:
     int pollText(const uint8_t* request, int32_t length);         // prints the text value found
 
     const std::string& getDevicePath() const { return devicePath; }
+
+    // A further channel to the same printer over the same transport, for a
+    // client that makes exchanges of its own (the certificate manager).
+    std::unique_ptr<NPAChannel> duplicate() const;
 
 private:
     // How one polled exchange waits, retries and judges an answer.

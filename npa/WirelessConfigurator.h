@@ -38,6 +38,7 @@ public:
     int configureWPAPersonal();
     int configureWPAEnterprise();
     int configure8021x();
+    int set8021xOptions();
 
     // Queries of the printer's state.
     int resetPrinter();
@@ -67,6 +68,9 @@ public:
     int32_t add8021xPassword();
     int32_t addAuthExtensions();
     int32_t addInnerAuth();
+    // Asks the printer's certificate manager which certificates it holds and
+    // appends the validate-certificate flag (2A/24); returns 6.
+    int32_t addValidateCertificate();
 
     // Framing of the request under construction.
     int32_t appendBytes(int32_t count, const uint8_t* bytes);

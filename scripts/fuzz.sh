@@ -16,7 +16,7 @@ cmake -S . -B "$build" -DCMAKE_C_COMPILER=clang -DCMAKE_CXX_COMPILER=clang++ \
   -DCORVEL_FUZZ=ON -DCORVEL_BUILD_TESTS=OFF -DCORVEL_WERROR=ON >/dev/null
 targets=("$@")
 if [ ${#targets[@]} -eq 0 ]; then
-  targets=(fuzz_sax_parser fuzz_xpath fuzz_obj_store_response fuzz_base64_decode)
+  targets=(fuzz_sax_parser fuzz_xpath fuzz_obj_store_response fuzz_base64_decode fuzz_cert_answer fuzz_pem_subject)
 fi
 cmake --build "$build" --target "${targets[@]}" -j"$jobs"
 
@@ -29,7 +29,7 @@ for target in "${targets[@]}"; do
   cp fuzz/corpus/"$target"/* "$corpus"/
   echo "== $target for ${seconds}s"
   if ! "$build/fuzz/$target" -max_total_time="$seconds" -max_len=65536 -timeout=10 -rss_limit_mb=2048 \
-      -print_final_stats=1 -artifact_prefix="$scratch/artifacts-$target/" "$corpus" \
+      -print_final_stats=1 -close_fd_mask=3 -artifact_prefix="$scratch/artifacts-$target/" "$corpus" \
       >"$scratch/$target.log" 2>&1; then
     failed=1
     echo "!! $target found a problem:"
@@ -38,7 +38,7 @@ for target in "${targets[@]}"; do
     cp "$scratch/artifacts-$target"/* "$build/findings/" 2>/dev/null || true
     echo "!! reproducer(s) kept in $build/findings/"
   else
-    grep -E '^(stat::number_of_executed_units|stat::peak_rss_mb)|cov: ' "$scratch/$target.log" | tail -n 3
+    grep -a -E '^(stat::number_of_executed_units|stat::peak_rss_mb)|cov: ' "$scratch/$target.log" | tail -n 3 || true
   fi
 done
 exit $failed

@@ -151,9 +151,6 @@ INSTANTIATE_TEST_SUITE_P(
                  "npa data going: 4", 0, "D [CVL] Adv WPA-Ent ret = 0\n"},
         ModeCase{"advancedUnnamedSecuritySendsNothing", {"-ca", "--ssid=Cafe", "--security=WPA", "--passwd=x"}, {},
                  "", {}, "", 0, "D [CVL] Master security = 'WPA'\n"},
-        // Not available yet: refused without sending, then once more in plain form.
-        ModeCase{"advanced8021xIsNotAvailable", {"-ca", "--ssid=Cafe", "--security=802.1x"}, {}, "", {}, "", 255,
-                 "D [CVL] 802.1x configuration is not available yet.\n", 2},
         ModeCase{"showSsid", {"-s"}, {}, kJoinedState, {envelope(kReadSsid)}, "HomeNet\n", 0},
         ModeCase{"address", {"-ip"}, {"--ip", "10.20.30.40"}, kJoinedState, {envelope(kReadAddress)},
                  "10.20.30.40\n", 0},

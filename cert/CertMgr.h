@@ -1,0 +1,73 @@
+// The client of the printer's certificate manager: every operation is one XML
+// method call ("callMethod" on "applications.certMgr") carried in two NPA
+// packets, and its answer is judged by the status code in the XML.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+class NPAChannel;
+class ObjStoreResponse;
+
+class CertMgr {
+public:
+    // Friendly name of the certificate this utility creates and installs.
+    static const char* const defaultFriendlyName;
+
+    // The client for the printer at `usbPath`; null, after writing
+    // "Error: No USB device is specified!" to standard error, for an empty path.
+    static std::unique_ptr<CertMgr> create(const std::string& usbPath);
+    // The same over a given channel (its device path is checked).
+    static std::unique_ptr<CertMgr> create(std::unique_ptr<NPAChannel> channel);
+    explicit CertMgr(std::unique_ptr<NPAChannel> channel);
+    virtual ~CertMgr();
+
+    CertMgr(const CertMgr&) = delete;
+    CertMgr& operator=(const CertMgr&) = delete;
+
+    // Methods: 0 success, -1 failure (no answer, refusal, bad file, or a
+    // request too long for its buffer). A friendly name of null means the default.
+    int deleteCACert(const std::string& caName);
+    int deleteSignedCert(const char* friendlyName = nullptr);
+    int getCertRequestDefaults(std::string& org, std::string& unit, std::string& country, std::string& state,
+                               std::string& city, std::string& common, std::string& altname);
+    int installSignedCert(const std::string& path, const char* friendlyName = nullptr);
+    int getCAInfo(const std::string& caName, std::string& fileName, std::string& pemPath, std::string& commonName);
+    int getFriendlyNameList(std::vector<std::string>& names);
+    int getCACommonNameList(std::vector<std::string>& names);
+    int installCACert(const std::string& path);
+    int saveCertRequest(const std::string& outputPath, const char* friendlyName = nullptr);
+    int createCertRequest(const std::string& org, const std::string& unit, const std::string& country,
+                          const std::string& state, const std::string& city, const std::string& common,
+                          const std::string& altname, const char* friendlyName = nullptr);
+    // Deletes the printer's CA of the same name as the certificate in the
+    // file: 1 when one was deleted, else 0.
+    int removeExistingCA(const std::string& path);
+
+    // Sends one request text and gives the answer's XML text. Returns the
+    // count of raw answer bytes; 0 or less means no answer (text not set).
+    int sendRequest(const char* request, std::string& answerText, int timeLimitSeconds);
+
+    // File and certificate routines (they use no state of the client).
+    static bool saveToFile(const uint8_t* bytes, int32_t length, const std::string& path);
+    static int loadFromFile(uint8_t* buffer, int32_t capacity, const std::string& path);
+    static int readPemSubject(const std::string& path, std::string& commonName, std::string& caName);
+    // Assigns year, month and day for a time text of 13 (UTCTime) to 20
+    // characters and returns true; leaves them for any other length.
+    static bool parseCertTime(const char* text, int length, int& year, int& month, int& day);
+    // "Jan__5_2010_To_Dec_31_2030"; its length, or 0 when the capacity is
+    // under 26 or a month is outside 1-12 (nothing written then).
+    static int formatValidity(int startYear, int startMonth, int startDay, int endYear, int endMonth, int endDay,
+                              char* out, uint32_t capacity);
+    static std::string escapeXml(const char* text);
+
+private:
+    static std::unique_ptr<CertMgr> reportNoDevice();
+    // Sends the request and gives the answer's text to `response`; false
+    // when no answer came (the exchange has said why).
+    bool exchange(const char* request, int timeLimitSeconds, ObjStoreResponse& response);
+
+    std::unique_ptr<NPAChannel> npaChannel;
+};

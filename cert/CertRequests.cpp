@@ -1,0 +1,127 @@
+#include "cert/CertRequests.h"
+
+#include <algorithm>
+#include <cstdarg>
+#include <cstdio>
+#include <cstring>
+#include <iterator>
+
+namespace certreq {
+
+const char* const kDeleteIndividualCA =
+    "<?xml version=\"1.0\" encoding=\"UTF-8\"?><method name=\"callMethod\" requestID=\"410\">"
+    "<arg name=\"objName\">applications.certMgr</arg><arg name=\"method\">deleteIndividualCA</arg>"
+    "<arg name=\"params\"><ListElem><ListElem><MapElem><child name=\"ca_common_name\"><StringElem>"
+    "%s</StringElem></child></MapElem></ListElem></ListElem></arg></method>";
+const char* const kDeleteIndividualCert =
+    "<?xml version=\"1.0\" encoding=\"UTF-8\"?><method name=\"callMethod\" requestID=\"510\">"
+    "<arg name=\"objName\">applications.certMgr</arg><arg name=\"method\">deleteIndividualCert</arg>"
+    "<arg name=\"params\"><ListElem><ListElem><MapElem><child name=\"cert_friendly_name\"><StringElem>"
+    "%s</StringElem></child></MapElem></ListElem></ListElem></arg></method>";
+const char* const kReadCertDefaults =
+    "<?xml version=\"1.0\"?><method name=\"callMethod\" requestID=\"100\"><arg name=\"objName\">"
+    "applications.certMgr</arg><arg name=\"method\">readCertDefaults</arg><arg name=\"params\"><ListElem>"
+    "<ListElem><MapElem></MapElem></ListElem></ListElem></arg></method>";
+const char* const kUploadSignedCertFile =
+    "<?xml version=\"1.0\" encoding=\"UTF-8\"?><method name=\"callMethod\" requestID=\"500\">"
+    "<arg name=\"objName\">applications.certMgr</arg><arg name=\"method\">uploadSignedCertFile</arg>"
+    "<arg name=\"params\"><ListElem><ListElem><MapElem><child name=\"cert_friendly_name\"><StringElem>"
+    "%s</StringElem></child><child name=\"cert_syst_dot_pem_size\"><IntegerElem>%d</IntegerElem></child>"
+    "<child name=\"cert_syst_dot_pem_file\"><BinaryElem>%s</BinaryElem></child></MapElem></ListElem>"
+    "</ListElem></arg></method>";
+const char* const kQueryCAInfo =
+    "<?xml version=\"1.0\" encoding=\"UTF-8\"?><method name=\"callMethod\" requestID=\"430\">"
+    "<arg name=\"objName\">applications.certMgr</arg><arg name=\"method\">queryCAInfo</arg>"
+    "<arg name=\"params\"><ListElem><ListElem><MapElem><child name=\"ca_common_name\"><StringElem>"
+    "%s</StringElem></child></MapElem></ListElem></ListElem></arg></method>";
+const char* const kQueryCertList =
+    "<?xml version=\"1.0\" encoding=\"UTF-8\"?><method name=\"callMethod\" requestID=\"520\">"
+    "<arg name=\"objName\">applications.certMgr</arg><arg name=\"method\">queryCertList</arg>"
+    "<arg name=\"params\"><ListElem><ListElem></ListElem></ListElem></arg></method>";
+const char* const kQueryCAList =
+    "<?xml version=\"1.0\" encoding=\"UTF-8\"?><method name=\"callMethod\" requestID=\"420\">"
+    "<arg name=\"objName\">applications.certMgr</arg><arg name=\"method\">queryCAList</arg>"
+    "<arg name=\"params\"><ListElem><ListElem></ListElem></ListElem></arg></method>";
+const char* const kUploadNewCAFile =
+    "<?xml version=\"1.0\" encoding=\"UTF-8\"?><method name=\"callMethod\" requestID=\"400\">"
+    "<arg name=\"objName\">applications.certMgr</arg><arg name=\"method\">uploadNewCAFile</arg>"
+    "<arg name=\"params\"><ListElem><ListElem><MapElem><child name=\"ca_file_name\"><StringElem>"
+    "%s</StringElem></child><child name=\"ca_dot_pem_size\"><IntegerElem>%d</IntegerElem></child>"
+    "<child name=\"ca_dot_pem_file\"><BinaryElem>%s</BinaryElem></child></MapElem></ListElem></ListElem>"
+    "</arg></method>";
+const char* const kExportPubKey =
+    "<?xml version=\"1.0\" encoding=\"UTF-8\"?><method name=\"callMethod\" requestID=\"210\">"
+    "<arg name=\"objName\">applications.certMgr</arg><arg name=\"method\">exportPubKey</arg>"
+    "<arg name=\"params\"><ListElem><ListElem><MapElem><child name=\"cert_friendly_name\"><StringElem>"
+    "%s</StringElem></child></MapElem></ListElem></ListElem></arg></method>";
+const char* const kGenerateNewCert =
+    "<?xml version=\"1.0\" encoding=\"UTF-8\"?><method name=\"callMethod\" requestID=\"200\">"
+    "<arg name=\"objName\">applications.certMgr</arg><arg name=\"method\">generateNewCert</arg>"
+    "<arg name=\"params\"><ListElem><ListElem><MapElem><child name=\"cert_friendly_name\"><StringElem>"
+    "%s</StringElem></child><child name=\"x509_O\"><StringElem>%s</StringElem></child>"
+    "<child name=\"x509_AN\"><StringElem>%s</StringElem></child><child name=\"x509_C\"><StringElem>"
+    "%s</StringElem></child><child name=\"x509_CN\"><StringElem>%s</StringElem></child>"
+    "<child name=\"x509_L\"><StringElem>%s</StringElem></child><child name=\"x509_OU\"><StringElem>"
+    "%s</StringElem></child><child name=\"x509_ST\"><StringElem>%s</StringElem></child></MapElem>"
+    "</ListElem></ListElem></arg></method>";
+
+namespace {
+
+// The first packet of every request: length 16, flags 0x80, then seven bytes
+// each followed by its complement and one closing byte.
+const uint8_t kOpeningPacket[19] = {0xA5, 0x00, 0x10, 0x80, 0x3C, 0xC3, 0x3C, 0xC3, 0x21, 0xDE,
+                                    0x3C, 0xC3, 0x22, 0xDD, 0x01, 0xFE, 0x24, 0xDB, 0x5D};
+// Start, length placeholder, flags, command bytes and the fixed 00 01.
+const uint8_t kCallHeader[9] = {0xA5, 0x00, 0x00, 0x50, 0xE0, 0xC0, 0x03, 0x00, 0x01};
+const uint8_t kAnswerEnvelope[7] = {0xE0, 0xC0, 0x03, 0x00, 0x01, 0x00, 0xE0};
+constexpr uint8_t kLeftOut = 0xE0;
+
+}  // namespace
+
+bool formatRequest(char* buffer, size_t capacity, const char* method, const char* format, ...)
+{
+    std::memset(buffer, 0, capacity);
+    va_list values;
+    va_start(values, format);
+    const int length = std::vsnprintf(buffer, capacity, format, values);
+    va_end(values);
+    if (length < 0 || static_cast<size_t>(length) >= capacity) {
+        std::memset(buffer, 0, capacity);
+        std::fprintf(stderr, "D [CVL] The %s request does not fit its %zu-byte buffer!\n", method, capacity);
+        return false;
+    }
+    return true;
+}
+
+std::vector<uint8_t> buildRequestPacket(const char* text)
+{
+    const size_t length = std::strlen(text);
+    std::vector<uint8_t> packet(sizeof kOpeningPacket + sizeof kCallHeader + length);
+    std::copy(std::begin(kOpeningPacket), std::end(kOpeningPacket), packet.begin());
+    uint8_t* call = packet.data() + sizeof kOpeningPacket;
+    std::copy(std::begin(kCallHeader), std::end(kCallHeader), call);
+    // The length field counts flags, command bytes, 00 01 and the text.
+    const size_t following = length + 6;
+    call[1] = static_cast<uint8_t>(following >> 8);
+    call[2] = static_cast<uint8_t>(following);
+    std::copy(text, text + length, call + sizeof kCallHeader);
+    return packet;
+}
+
+size_t unwrapAnswer(const uint8_t* answer, size_t length, char* out, size_t capacity)
+{
+    if (length < sizeof kAnswerEnvelope || capacity < length ||
+        !std::equal(kAnswerEnvelope, kAnswerEnvelope + sizeof kAnswerEnvelope, answer)) {
+        return 0;
+    }
+    std::memset(out, 0, capacity);
+    size_t written = 0;
+    for (size_t i = sizeof kAnswerEnvelope; i < length; ++i) {
+        if (answer[i] != kLeftOut) {
+            out[written++] = static_cast<char>(answer[i]);
+        }
+    }
+    return written;
+}
+
+}  // namespace certreq

@@ -1,0 +1,225 @@
+// The certificate-manager client over a scripted printer: the request each
+// method sends (byte for byte), how answers are unwrapped and judged, and the
+// lines written when the printer says no.
+#include <functional>
+#include <memory>
+
+#include <gtest/gtest.h>
+
+#include "cert/CertMgr.h"
+#include "cert/CertRequests.h"
+#include "npa/NPAChannel.h"
+#include "tests/support/CaptureOutput.h"
+#include "tests/support/CertAnswers.h"
+#include "tests/support/FakeClock.h"
+#include "tests/support/FakeCommTransport.h"
+
+namespace {
+
+// The request text composed from its parts, independently of the client.
+std::string call(const std::string& method, int id, const std::string& map, bool shortDeclaration = false)
+{
+    return std::string(shortDeclaration ? "<?xml version=\"1.0\"?>" : "<?xml version=\"1.0\" encoding=\"UTF-8\"?>") +
+           "<method name=\"callMethod\" requestID=\"" + std::to_string(id) +
+           "\"><arg name=\"objName\">applications.certMgr</arg><arg name=\"method\">" + method +
+           "</arg><arg name=\"params\"><ListElem><ListElem>" + map + "</ListElem></ListElem></arg></method>";
+}
+
+std::string child(const std::string& name, const std::string& element, const std::string& value)
+{
+    return xmlChild(name, element, value);
+}
+
+std::string map(const std::string& children) { return "<MapElem>" + children + "</MapElem>"; }
+
+std::string textOf(const std::vector<uint8_t>& request)
+{
+    return request.size() < 28 ? "" : std::string(request.begin() + 28, request.end());
+}
+
+struct ClientUnderTest {
+    ScopedFakeClock clock;
+    FakeCommTransport transport;
+    CertMgr client{std::make_unique<NPAChannel>("/dev/usb/lp0", transport)};
+
+    void answer(const std::string& xml) { transport.addAnswer(answerPacket(xml)); }
+    std::vector<std::string> sentTexts() const
+    {
+        std::vector<std::string> texts;
+        for (const auto& request : transport.writes) texts.push_back(textOf(request));
+        return texts;
+    }
+};
+
+TEST(CertMgr, EachMethodSendsItsRequestTextInTheTwoPacketFrame)
+{
+    const std::string ugly = "A&B \"q\" 'a' <x>";
+    const std::string escaped = "A&amp;B &quot;q&quot; &apos;a&apos; &lt;x&gt;";
+    struct Case {
+        const char* name;
+        std::function<void(CertMgr&)> run;
+        std::string expected;
+    };
+    std::vector<std::string> list;
+    std::string s1, s2, s3, s4, s5, s6, s7;
+    const Case cases[] = {
+        {"deleteCACert (values unchanged)", [&](CertMgr& c) { c.deleteCACert(ugly); },
+         call("deleteIndividualCA", 410, map(child("ca_common_name", "StringElem", ugly)))},
+        {"deleteSignedCert", [](CertMgr& c) { c.deleteSignedCert(); },
+         call("deleteIndividualCert", 510, map(child("cert_friendly_name", "StringElem", "CorvelRadioHelper")))},
+        {"getCertRequestDefaults", [&](CertMgr& c) { c.getCertRequestDefaults(s1, s2, s3, s4, s5, s6, s7); },
+         call("readCertDefaults", 100, "<MapElem></MapElem>", true)},
+        {"getCAInfo", [&](CertMgr& c) { c.getCAInfo("Root_X", s1, s2, s3); },
+         call("queryCAInfo", 430, map(child("ca_common_name", "StringElem", "Root_X")))},
+        {"getFriendlyNameList", [&](CertMgr& c) { c.getFriendlyNameList(list); }, call("queryCertList", 520, "")},
+        {"getCACommonNameList", [&](CertMgr& c) { c.getCACommonNameList(list); }, call("queryCAList", 420, "")},
+        {"saveCertRequest", [](CertMgr& c) { c.saveCertRequest("/nonexistent-dir/x.csr", "Mine"); },
+         call("exportPubKey", 210, map(child("cert_friendly_name", "StringElem", "Mine")))},
+    };
+    for (const Case& testCase : cases) {
+        ClientUnderTest t;
+        t.answer(answerXml(1));
+        captureOutput([&] { testCase.run(t.client); });
+        ASSERT_EQ(t.transport.writes.size(), 1u) << testCase.name;
+        EXPECT_EQ(textOf(t.transport.writes[0]), testCase.expected) << testCase.name;
+    }
+
+    // generateNewCert escapes the subject (in its own order of fields), after
+    // removing the certificate of the friendly name.
+    ClientUnderTest t;
+    t.answer(answerXml(1));
+    t.answer(answerXml(1));
+    captureOutput([&] { t.client.createCertRequest(ugly, "U", "DE", "BY", "City", "cn", "alt"); });
+    const std::string subject = child("cert_friendly_name", "StringElem", "CorvelRadioHelper") +
+                                child("x509_O", "StringElem", escaped) + child("x509_AN", "StringElem", "alt") +
+                                child("x509_C", "StringElem", "DE") + child("x509_CN", "StringElem", "cn") +
+                                child("x509_L", "StringElem", "City") + child("x509_OU", "StringElem", "U") +
+                                child("x509_ST", "StringElem", "BY");
+    EXPECT_EQ(t.sentTexts(), (std::vector<std::string>{
+                                 call("deleteIndividualCert", 510,
+                                      map(child("cert_friendly_name", "StringElem", "CorvelRadioHelper"))),
+                                 call("generateNewCert", 200, map(subject))}));
+}
+
+TEST(CertMgr, RequestPacketHasTheFixedPreambleAndTheTextLength)
+{
+    const std::vector<uint8_t> packet = certreq::buildRequestPacket(certreq::kQueryCertList);
+    ASSERT_EQ(packet.size(), 268u);
+    EXPECT_EQ(hexOf(std::vector<uint8_t>(packet.begin(), packet.begin() + 28)),
+              "A5 00 10 80 3C C3 3C C3 21 DE 3C C3 22 DD 01 FE 24 DB 5D A5 00 F6 50 E0 C0 03 00 01");
+}
+
+TEST(CertMgr, UploadsCarryFileNameSizeAndBase64)
+{
+    char path[] = "/tmp/cert-upload-XXXXXX";
+    const int fd = mkstemp(path);
+    ASSERT_GE(fd, 0);
+    ASSERT_EQ(write(fd, "abcd", 4), 4);
+    close(fd);
+    const std::string name = std::string(path).substr(5);
+
+    ClientUnderTest t;
+    t.answer(answerXml(1));
+    t.answer(answerXml(1));
+    captureOutput([&] {
+        EXPECT_EQ(t.client.installSignedCert(path), 0);
+        EXPECT_EQ(t.client.installCACert(path), 0);  // not a certificate: no list, no delete
+    });
+    unlink(path);
+    EXPECT_EQ(t.sentTexts(),
+              (std::vector<std::string>{
+                  call("uploadSignedCertFile", 500,
+                       map(child("cert_friendly_name", "StringElem", "CorvelRadioHelper") +
+                           child("cert_syst_dot_pem_size", "IntegerElem", "4") +
+                           child("cert_syst_dot_pem_file", "BinaryElem", "YWJjZA=="))),
+                  call("uploadNewCAFile", 400,
+                       map(child("ca_file_name", "StringElem", name) + child("ca_dot_pem_size", "IntegerElem", "4") +
+                           child("ca_dot_pem_file", "BinaryElem", "YWJjZA==")))}));
+}
+
+TEST(CertMgr, AnswerEnvelopeIsCheckedAndEveryE0LeftOut)
+{
+    struct Case {
+        const char* name;
+        std::string answer;
+        size_t capacity;
+        bool accepted;  // refused: the buffer stays untouched
+        std::string text;
+    };
+    const Case cases[] = {
+        {"E0 inside the XML", "E0C003000100E0 3C E0 613E E0", 64, true, "<a>"},
+        {"envelope only", "E0C003000100E0", 7, true, ""},
+        {"wrong envelope byte", "E0C003000100E1 3C613E", 64, false, ""},
+        {"shorter than the envelope", "E0C0030001", 64, false, ""},
+        {"capacity below the answer length", "E0C003000100E0 3C613E", 9, false, ""},
+    };
+    for (const Case& c : cases) {
+        const std::vector<uint8_t> answer = bytesFromHex(c.answer);
+        std::vector<char> out(c.capacity, 'x');
+        const size_t length = certreq::unwrapAnswer(answer.data(), answer.size(), out.data(), out.size());
+        EXPECT_EQ(length, c.text.size()) << c.name;
+        if (c.accepted) {
+            EXPECT_STREQ(out.data(), c.text.c_str()) << c.name;
+        } else {
+            EXPECT_EQ(std::string(out.begin(), out.end()), std::string(c.capacity, 'x')) << c.name;
+        }
+    }
+}
+
+TEST(CertMgr, FailuresWriteTheErrorLineAndThePrintersMessage)
+{
+    ClientUnderTest t;
+    t.answer(answerXml(7, child("status_mesg", "StringElem", "no such CA")));
+    t.transport.addAnswer(answerPacket(answerXml(1), "E0C0030001"));  // envelope cut short
+    std::vector<std::string> names = {"kept1", "kept2"};
+    const Captured captured = captureOutput([&] {
+        EXPECT_EQ(t.client.deleteCACert("X"), -1);
+        EXPECT_EQ(t.client.getFriendlyNameList(names), -1);
+        EXPECT_EQ(t.client.saveCertRequest("/dev/null"), -1);  // no answer at all
+    });
+    EXPECT_EQ(captured.err,
+              "D [CVL] Delete CA cert error 7\nD [CVL] no such CA\n"
+              "D [CVL] Error getting list of friendly names 0\nD [CVL] \n");
+    EXPECT_EQ(names, (std::vector<std::string>{"kept1", "kept2"}));
+}
+
+TEST(CertMgr, NameListIsReplacedOnSuccessAndListed)
+{
+    ClientUnderTest t;
+    const std::string list = child("cert_list", "ListElem",
+                                   "<StringElem>a</StringElem><StringElem>b</StringElem><StringElem>c</StringElem>");
+    t.answer(answerXml(1, list));
+    std::vector<std::string> names = {"old1", "old2"};
+    const Captured captured = captureOutput([&] { EXPECT_EQ(t.client.getFriendlyNameList(names), 0); });
+    EXPECT_EQ(names, (std::vector<std::string>{"a", "b", "c"}));
+    EXPECT_EQ(captured.err,
+              "D [CVL] List of friendly names (3):\nD [CVL] [0] a\nD [CVL] [1] b\nD [CVL] [2] c\n");
+}
+
+TEST(CertMgr, RequestMustFitItsBufferWithItsTerminator)
+{
+    // The deleteIndividualCA text is 326 characters besides the CA name.
+    ClientUnderTest t;
+    t.answer(answerXml(1));
+    const Captured captured = captureOutput([&] {
+        EXPECT_EQ(t.client.deleteCACert(std::string(2746, 'n')), -1);  // 3072 characters: no room for the zero
+        EXPECT_EQ(t.client.deleteCACert(std::string(2745, 'n')), 0);
+    });
+    ASSERT_EQ(t.transport.writes.size(), 1u);
+    EXPECT_EQ(textOf(t.transport.writes[0]).size(), 3071u);
+    EXPECT_EQ(captured.err, "D [CVL] The deleteIndividualCA request does not fit its 3072-byte buffer!\n");
+}
+
+TEST(CertMgr, ConstructionNeedsAUsbPath)
+{
+    const Captured captured = captureOutput([] { EXPECT_EQ(CertMgr::create(""), nullptr); });
+    EXPECT_EQ(captured.err, "D [CVL] Error: No USB device is specified!\n");
+}
+
+TEST(CertMgr, EscapeXmlEscapesPlainTextOnce)
+{
+    EXPECT_EQ(CertMgr::escapeXml("a&amp;b\"c'd<e>f"), "a&amp;amp;b&quot;c&apos;d&lt;e&gt;f");
+    EXPECT_EQ(CertMgr::escapeXml(""), "");
+}
+
+}  // namespace
