@@ -110,6 +110,15 @@ SimRun runSim(const SimDir& dir, const std::vector<std::string>& simOptions, con
     return result;
 }
 
+SimRun runCommand(const SimDir& dir, const std::vector<std::string>& argv)
+{
+    SimRun result;
+    result.status = runProcess(argv, dir, nullptr, result.timedOut);
+    result.out = dir.read("stdout.txt");
+    result.err = dir.read("stderr.txt");
+    return result;
+}
+
 std::string logValue(const std::string& line, const std::string& key)
 {
     size_t at = line.find("\"" + key + "\":");

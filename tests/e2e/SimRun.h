@@ -35,6 +35,10 @@ struct SimRun {
 // raw, answer, method) occur once, outside the settings items.
 std::string logValue(const std::string& line, const std::string& key);
 
+// Runs `argv` in `dir` as it is (no simulator around it), standard input
+// /dev/null; the log stays empty.
+SimRun runCommand(const SimDir& dir, const std::vector<std::string>& argv);
+
 // `corvelsim --speed 20 --state state.txt --log requests.jsonl <simOptions> -- <command>`
 // in `dir`; a later "--speed N" among `simOptions` wins. Standard input is a
 // pipe holding `input`, or /dev/null.

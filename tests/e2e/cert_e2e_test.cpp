@@ -1,0 +1,218 @@
+// The certificate commands and the 802.1x sequence of the real corvelcfg
+// against the simulated printer's certificate manager: the exchanges each
+// command makes, its output and exit status, and its failure paths.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <sstream>
+
+#include "tests/e2e/HexBytes.h"
+#include "tests/e2e/SimRun.h"
+
+namespace e2e {
+namespace {
+
+bool holds(const std::string& text, const std::string& part) { return text.find(part) != std::string::npos; }
+
+// "method" of each certificate-manager call, "kind" of every other request.
+std::vector<std::string> requests(const SimRun& run)
+{
+    std::vector<std::string> names;
+    for (const std::string& line : run.log) {
+        const std::string kind = logValue(line, "kind");
+        names.push_back(kind == "certmgr" ? logValue(line, "method") : kind);
+    }
+    return names;
+}
+
+std::string rawText(const std::string& line)
+{
+    const Bytes raw = bytesFromHex(logValue(line, "raw"));
+    return std::string(raw.begin(), raw.end());
+}
+
+// Runs a shell command in the test's directory (openssl, file set-up).
+int shell(const SimDir& dir, const std::string& command)
+{
+    return std::system(("cd '" + dir.file("") + "' && " + command + " >/dev/null 2>&1").c_str());
+}
+
+// A CA certificate "Test CA" with its key, made on the spot.
+void makeCA(const SimDir& dir, const std::string& name = "ca")
+{
+    ASSERT_EQ(shell(dir, "openssl req -x509 -newkey ec -pkeyopt ec_paramgen_curve:P-256 -nodes -keyout " + name +
+                             ".key -subj '/O=Test/CN=Test CA' -days 30 -out " + name + ".pem"),
+              0);
+}
+
+// The README's walk from factory settings to an authenticated 802.1x network,
+// run as written: what it prints must be its "#> " lines.
+TEST(CertificateWorkflow, ReadmeWalkPrintsWhatTheReadmeSays)
+{
+    SimDir dir;
+    const std::string source = PROJECT_SOURCE_DIR;
+    ASSERT_EQ(std::system(("'" + source + "/scripts/readme-walk.sh' '" + source + "/README.md' > '" +
+                           dir.file("walk.sh") + "'")
+                              .c_str()),
+              0);
+    std::string expected;
+    std::istringstream script(dir.read("walk.sh"));
+    for (std::string line; std::getline(script, line);) {
+        if (line.rfind("#> ", 0) == 0) expected += line.substr(3) + "\n";
+    }
+    ASSERT_FALSE(expected.empty()) << "no walk found in the README";
+
+    // The programs under test come first on the PATH, as if installed.
+    const std::string programs = std::string(CORVELCFG_PATH).substr(0, std::string(CORVELCFG_PATH).rfind('/')) + ":" +
+                                 std::string(CORVELSIM_PATH).substr(0, std::string(CORVELSIM_PATH).rfind('/'));
+    setenv("PATH", (programs + ":" + std::getenv("PATH")).c_str(), 1);
+    SimRun walk = runCommand(dir, {"/bin/bash", "walk.sh"});
+    ASSERT_FALSE(walk.timedOut);
+    EXPECT_TRUE(sameText(expected, walk.out)) << walk.err;
+    EXPECT_EQ(walk.status, 0) << walk.err;
+}
+
+TEST(Certificates, CreateRequestGeneratesThenExportsAndFailsWithoutExport)
+{
+    SimDir dir;
+    SimRun made = runCorvelcfg(dir, {}, {"-csr", "--cer-org=A&B <Lab>", "--cer-common=printer1", "--cer-path=p.csr"});
+    EXPECT_EQ(made.status, 0) << made.err;
+    EXPECT_EQ(requests(made), (std::vector<std::string>{"deleteIndividualCert", "generateNewCert", "exportPubKey"}));
+    ASSERT_EQ(made.log.size(), 3u);
+    EXPECT_TRUE(holds(rawText(made.log[1]), "<child name=\"x509_O\"><StringElem>A&amp;B &lt;Lab&gt;</StringElem>"));
+    EXPECT_TRUE(holds(made.err, "D [CVL] Certificate Request saved to 'p.csr'!\n"));
+    EXPECT_EQ(shell(dir, "openssl req -in p.csr -noout -verify -subject | grep -q 'CN = printer1'"), 0)
+        << dir.read("p.csr");
+
+    SimRun refused = runCorvelcfg(dir, {"--fault", "cert-status=generateNewCert:5:key generation failed"},
+                                  {"-csr", "--cer-common=printer2", "--cer-path=q.csr"});
+    EXPECT_EQ(refused.status, 1);
+    EXPECT_EQ(requests(refused), (std::vector<std::string>{"deleteIndividualCert", "generateNewCert"}));
+    EXPECT_TRUE(holds(refused.err, "D [CVL] Create Certificate Request error 5\nD [CVL] key generation failed\n"
+                                   "D [CVL] Error creating Certificate Request!\n"))
+        << refused.err;
+    EXPECT_EQ(shell(dir, "test -e q.csr"), 256) << "no file without an export";
+
+    SimRun unsaved = runCorvelcfg(dir, {}, {"-csr", "--cer-common=printer3"});
+    EXPECT_EQ(unsaved.status, 1);
+    EXPECT_TRUE(holds(unsaved.err, "D [CVL] Error saving Certificate Request to ''!\n")) << unsaved.err;
+}
+
+TEST(Certificates, CAOfTheSameNameIsDeletedOnceThenUploaded)
+{
+    SimDir dir;
+    makeCA(dir);
+    SimRun first = runCorvelcfg(dir, {}, {"-icer", "--802-CA-cer-file=ca.pem"});
+    EXPECT_EQ(first.status, 0) << first.err;
+    EXPECT_EQ(requests(first), (std::vector<std::string>{"queryCAList", "uploadNewCAFile"}));
+    EXPECT_TRUE(holds(first.err, "D [CVL] CA/Signed Certificate successfully installed!\n"));
+
+    SimRun again = runCorvelcfg(dir, {}, {"-icer", "--802-CA-cer-file=ca.pem", "--802-signed-cer-file=other.pem"});
+    EXPECT_EQ(again.status, 0) << again.err;
+    EXPECT_EQ(requests(again), (std::vector<std::string>{"queryCAList", "deleteIndividualCA", "uploadNewCAFile"}));
+    ASSERT_EQ(again.log.size(), 3u);
+    EXPECT_TRUE(holds(again.err, "D [CVL] CA cert exist! Removing...\n"));
+    EXPECT_TRUE(holds(rawText(again.log[1]), "<StringElem>Test CA_")) << "deleted by its listed name";
+}
+
+TEST(Certificates, SignedCertificateMustMatchThePrintersKey)
+{
+    SimDir dir;
+    makeCA(dir, "stranger");  // a key the printer never made
+    ASSERT_EQ(runCorvelcfg(dir, {}, {"-csr", "--cer-common=printer1", "--cer-path=p.csr"}).status, 0);
+    SimRun refused = runCorvelcfg(dir, {}, {"-icer", "--802-signed-cer-file=stranger.pem"});
+    EXPECT_EQ(refused.status, 1);
+    EXPECT_EQ(requests(refused), (std::vector<std::string>{"uploadSignedCertFile"}));
+    EXPECT_TRUE(holds(refused.err, "D [CVL] Install Signed Cert error ")) << refused.err;
+    EXPECT_TRUE(holds(refused.err, "D [CVL] Error installing CA/Signed Certificate!\n"));
+}
+
+TEST(Certificates, InstallFilesThatCannotBeSent)
+{
+    SimDir dir;
+    ASSERT_EQ(shell(dir, "touch empty.pem && head -c 12285 /dev/zero | tr '\\0' x > 12285.pem && "
+                         "head -c 12286 /dev/zero | tr '\\0' x > 12286.pem && "
+                         "head -c 16385 /dev/zero | tr '\\0' x > 16385.pem && ln -s nowhere dangling.pem && "
+                         "echo 'just notes' > notes.txt"),
+              0);
+    const struct {
+        const char* option;
+        int status;
+        std::vector<std::string> requests;
+        std::string errLine;
+    } cases[] = {
+        {"--802-CA-cer-file=missing.pem", 2, {}, "D [CVL] File not found! ('missing.pem')\n"},
+        {"--802-signed-cer-file=empty.pem", 1, {}, "D [CVL] Loading file empty.pem, 0 bytes\n"},
+        {"--802-CA-cer-file=12286.pem", 1, {}, "D [CVL] Error installing CA/Signed Certificate!\n"},
+        {"--802-CA-cer-file=16385.pem", 1, {}, "D [CVL] Loading file 16385.pem, 16385 bytes\n"},
+        {"--802-signed-cer-file=12285.pem", 1, {},
+         "D [CVL] The uploadSignedCertFile request does not fit its 16384-byte buffer!\n"},
+        {"--802-CA-cer-file=dangling.pem", 1, {}, "D [CVL] Error installing CA/Signed Certificate!\n"},
+        {"--802-CA-cer-file=notes.txt", 1, {"uploadNewCAFile"}, "D [CVL] Install CA Cert error "},
+        {"--ssid=no-file", 1, {}, ""},
+    };
+    for (const auto& c : cases) {
+        SimRun run = runCorvelcfg(dir, {}, {"-icer", c.option});
+        EXPECT_EQ(run.status, c.status) << c.option << "\n" << run.err;
+        EXPECT_EQ(requests(run), c.requests) << c.option;
+        EXPECT_TRUE(holds(run.err, c.errLine)) << c.option << "\n" << run.err;
+    }
+}
+
+TEST(Certificates, DefaultsThroughDamagedAndMissingAnswers)
+{
+    SimDir dir;
+    SimRun clean = runCorvelcfg(dir, {}, {"-rcerdefs"});
+    EXPECT_EQ(clean.status, 0) << clean.err;
+    EXPECT_EQ(clean.out.substr(0, 8), "cer-org=");
+    EXPECT_EQ(std::count(clean.out.begin(), clean.out.end(), '\n'), 7);
+
+    SimRun withE0 = runCorvelcfg(dir, {"--fault", "cert-e0=5"}, {"-rcerdefs"});
+    EXPECT_EQ(withE0.status, 0) << "every 0xE0 is left out of the XML";
+    EXPECT_TRUE(sameText(clean.out, withE0.out));
+
+    SimRun bare = runCorvelcfg(dir, {"--fault", "cert-no-envelope"}, {"-rcerdefs"});
+    EXPECT_EQ(bare.status, 1);
+    EXPECT_EQ(bare.out, "");
+    EXPECT_TRUE(holds(bare.err, "D [CVL] Get cert request defaults error 0\nD [CVL] \n")) << bare.err;
+
+    SimRun silent = runCorvelcfg(dir, {"--fault", "cert-silent"}, {"-rcerdefs"});
+    EXPECT_EQ(silent.status, 1);
+    EXPECT_TRUE(holds(silent.err, "D [CVL] Failed to read certificate defaults!\n"));
+}
+
+const std::vector<std::string> k8021x = {"-ca", "--security=802.1x", "--ssid=Corp", "--802-auth-ext=PEAP",
+                                         "--802-auth-inner=MSCHAPv2", "--802-user=alice", "--802-pwd=pw"};
+
+TEST(Config8021x, SilentCertificateManagerStillSendsTheOptions)
+{
+    SimDir dir;
+    SimRun run = runCorvelcfg(dir, {"--fault", "cert-silent"}, k8021x);
+    EXPECT_EQ(run.status, 0) << run.err;
+    EXPECT_EQ(requests(run),
+              (std::vector<std::string>{"queryCertList", "queryCAList", "settings", "settings", "read"}));
+    ASSERT_EQ(run.log.size(), 5u);
+    EXPECT_TRUE(holds(logValue(run.log[2], "raw"), "2A2400000100")) << "validate flag 0";
+    EXPECT_TRUE(holds(run.err, "D [CVL] Validate certificate? 0\n"));
+}
+
+TEST(Config8021x, RefusedOptionsAreRepeatedWholeInPlainForm)
+{
+    SimDir dir;
+    makeCA(dir);
+    ASSERT_EQ(runCorvelcfg(dir, {}, {"-icer", "--802-CA-cer-file=ca.pem"}).status, 0);
+    SimRun run = runCorvelcfg(dir, {"--fault", "refuse-envelope"}, k8021x);
+    EXPECT_EQ(run.status, 0) << run.err;
+    EXPECT_EQ(requests(run), (std::vector<std::string>{"queryCertList", "queryCAList", "settings", "read",
+                                                       "queryCertList", "queryCAList", "settings", "settings",
+                                                       "read"}));
+    ASSERT_EQ(run.log.size(), 9u);
+    EXPECT_EQ(logValue(run.log[2], "envelope"), "true");
+    EXPECT_EQ(logValue(run.log[6], "envelope"), "false");
+    EXPECT_TRUE(holds(logValue(run.log[6], "raw"), "2A2400000101")) << "a CA is installed: validate";
+    EXPECT_TRUE(holds(run.err, "D [CVL] Setting 802.1x ret = -1\n"));
+}
+
+}  // namespace
+}  // namespace e2e
