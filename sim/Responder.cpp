@@ -47,17 +47,13 @@ Decision Responder::answer(const Request& request)
 
 Bytes Responder::answerInner(const Request& request, Decision& decision)
 {
-    if (request.kind == RequestKind::Read) return answerRead(request, decision);
+    if (request.kind == RequestKind::Read) return answerRead(request);
     return answerSettings(request, decision);
 }
 
-Bytes Responder::answerRead(const Request& request, Decision& decision)
+Bytes Responder::answerRead(const Request& request)
 {
-    PrinterState before = m_State;
     Bytes value = m_State.readField(request.group, request.field);
-    decision.stateChanged = before.joined != m_State.joined ||
-                            before.connectionPolls != m_State.connectionPolls ||
-                            before.readyPolls != m_State.readyPolls;
     if (value.size() > kMaxContent - 7) value.resize(kMaxContent - 7);
 
     Bytes content = {0xE0, 0xD8, 0x00, request.group, request.field};
@@ -72,7 +68,6 @@ Bytes Responder::answerSettings(const Request& request, Decision& decision)
     if (request.itemsWellFormed && m_Faults.rejectSettings) decision.faults.push_back("reject-settings");
     if (accepted) {
         m_State.applySettings(request.items);
-        decision.stateChanged = true;
     }
     decision.settingsAccepted = accepted;
     return makePacket(kFlagsNormal, {0xE0, 0xDA, 0x01, accepted ? kAccepted : kNotAccepted});

@@ -14,7 +14,6 @@ struct Decision {
     Bytes answer;              // one framed packet; empty when the printer does not answer
     std::vector<std::string> faults;  // answer faults that decided it
     bool settingsAccepted = false;
-    bool stateChanged = false;
 };
 
 class Responder {
@@ -25,7 +24,7 @@ public:
 
 private:
     Bytes answerInner(const Request& request, Decision& decision);
-    Bytes answerRead(const Request& request, Decision& decision);
+    Bytes answerRead(const Request& request);
     Bytes answerSettings(const Request& request, Decision& decision);
 
     PrinterState& m_State;
