@@ -19,6 +19,8 @@ CertResult failure(int code, std::string message) { return {code, std::move(mess
 CertResult CertStore::generate(const std::string& friendlyName, const Subject& subject)
 {
     auto same = [&](const PendingKey& key) { return key.friendlyName == friendlyName; };
+    if (friendlyName.size() > kMaxNameLength)
+        return failure(kCertBadCall, "the friendly name is longer than " + std::to_string(kMaxNameLength) + " bytes");
     if (pendingKey(friendlyName) == nullptr && pending.size() >= kMaxStoreEntries)
         return failure(kCertStoreFull, "too many pending keys; delete some with deleteIndividualCert");
     PendingKey key{friendlyName, {}, {}};
@@ -74,6 +76,8 @@ CertResult CertStore::installCA(const std::string& fileName, const std::string& 
     std::string certPem;
     if (!readCertificate(pem, info, certPem)) return failure(kCertRefused, "the file is not a PEM certificate");
     if (info.commonName.empty()) return failure(kCertRefused, "the CA certificate has no common name (CN)");
+    if (info.commonName.size() > kMaxNameLength)
+        return failure(kCertRefused, "the CA's common name is longer than " + std::to_string(kMaxNameLength) + " bytes");
     std::string name = caName(info);
     if (ca(name) != nullptr) return failure(kCertRefused, "a CA named '" + name + "' is installed already");
     if (cas.size() >= kMaxStoreEntries) return failure(kCertStoreFull, "too many CA certificates");

@@ -37,6 +37,8 @@ struct CaCert {
 
 // Each list holds at most this many entries, which keeps the state file small.
 constexpr size_t kMaxStoreEntries = 16;
+// Friendly names and CA common names are kept short enough for any list answer.
+constexpr size_t kMaxNameLength = 200;
 
 class CertStore {
 public:

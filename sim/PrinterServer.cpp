@@ -121,6 +121,7 @@ void PrinterServer::handleRequest(Port& port, const Request& request, bool answe
         entry.answer = delivery.bytes;
         entry.answered = !delivery.bytes.empty();
         entry.accepted = decision.settingsAccepted;
+        entry.certStatus = decision.certStatus;
         entry.delayMs = delivery.delayMs;
         if (!delivery.bytes.empty()) {
             port.outbox.push_back(
