@@ -1,5 +1,6 @@
 #include "sim/Faults.h"
 
+#include "sim/CertMgrCall.h"
 #include "sim/NpaPacket.h"
 
 namespace corvelsim {
@@ -12,8 +13,10 @@ bool parseCount(const std::string& text, int low, int high, int& value)
     for (char c : text) {
         if (c < '0' || c > '9') return false;
     }
-    value = std::stoi(text);
-    return value >= low && value <= high;
+    int number = std::stoi(text);
+    if (number < low || number > high) return false;
+    value = number;
+    return true;
 }
 
 // The content of each part, in order, of a packet's content cut in `parts`.
@@ -27,6 +30,21 @@ std::vector<Bytes> cut(const Bytes& content, size_t parts)
         at += size;
     }
     return pieces;
+}
+
+// "METHOD:CODE[:MESSAGE]"
+bool parseCertStatus(const std::string& text, CertStatusFault& fault)
+{
+    size_t first = text.find(':');
+    if (first == std::string::npos) return false;
+    size_t second = text.find(':', first + 1);
+    fault.method = text.substr(0, first);
+    std::string code = text.substr(first + 1, second == std::string::npos ? std::string::npos : second - first - 1);
+    bool negative = !code.empty() && code[0] == '-';
+    if (!parseCount(negative ? code.substr(1) : code, 0, 999999, fault.code)) return false;
+    if (negative) fault.code = -fault.code;
+    fault.message = second == std::string::npos ? "status " + code + " (cert-status fault)" : text.substr(second + 1);
+    return fault.method == "*" || isCertMgrMethod(fault.method);
 }
 
 const uint8_t kNoise[] = {0x00, 0xFF, 0x5A, 0x13, 0x7E};
@@ -48,7 +66,21 @@ const char* faultHelp()
            "  truncate[=N]      the last packet announces N more bytes (default 4) than it has\n"
            "  late=MS           answer MS real milliseconds late\n"
            "  reject-settings   answer settings requests with a last byte 0x00 (not\n"
-           "                    accepted) and keep the settings unchanged\n";
+           "                    accepted) and keep the settings unchanged\n"
+           "  cert-status=METHOD:CODE[:MESSAGE]\n"
+           "                    the certificate-manager method METHOD (or * for every\n"
+           "                    method) answers status_code CODE with status_mesg MESSAGE\n"
+           "                    and changes nothing; repeatable, a named method wins over *.\n"
+           "                    METHOD is one of deleteIndividualCA, deleteIndividualCert,\n"
+           "                    readCertDefaults, uploadSignedCertFile, queryCAInfo,\n"
+           "                    queryCertList, queryCAList, uploadNewCAFile, exportPubKey,\n"
+           "                    generateNewCert\n"
+           "  cert-no-envelope  certificate-manager answers carry the XML without the\n"
+           "                    7 bytes E0 C0 03 00 01 00 E0 in front\n"
+           "  cert-e0[=N]       insert N bytes 0xE0 (default 3, at most 64) at evenly\n"
+           "                    spread places into certificate-manager answers' XML\n"
+           "  cert-silent       the certificate manager does not answer; other requests\n"
+           "                    are answered\n";
 }
 
 bool addFault(FaultSet& faults, const std::string& faultText, std::string& error)
@@ -61,6 +93,16 @@ bool addFault(FaultSet& faults, const std::string& faultText, std::string& error
     if (name == "refuse-envelope" && !hasValue) faults.refuseEnvelope = true;
     else if (name == "reject-settings" && !hasValue) faults.rejectSettings = true;
     else if (name == "silent" && !hasValue) faults.silent = true;
+    else if (name == "cert-silent" && !hasValue) faults.certSilent = true;
+    else if (name == "cert-no-envelope" && !hasValue) faults.certNoEnvelope = true;
+    else if (name == "cert-e0") {
+        faults.certE0Bytes = 3;
+        ok = !hasValue || parseCount(value, 1, 64, faults.certE0Bytes);
+    } else if (name == "cert-status") {
+        CertStatusFault fault;
+        ok = hasValue && parseCertStatus(value, fault);
+        if (ok) faults.certStatus.push_back(fault);
+    }
     else if (name == "noise") {
         faults.noiseBytes = 4;
         ok = !hasValue || parseCount(value, 1, 4096, faults.noiseBytes);
@@ -82,6 +124,29 @@ bool addFault(FaultSet& faults, const std::string& faultText, std::string& error
     }
     if (!ok) error = "bad value in fault '" + faultText + "'";
     return ok;
+}
+
+const CertStatusFault* certStatusFor(const FaultSet& faults, const std::string& method)
+{
+    const CertStatusFault* any = nullptr;
+    for (const CertStatusFault& fault : faults.certStatus) {
+        if (fault.method == method) return &fault;
+        if (fault.method == "*" && any == nullptr) any = &fault;
+    }
+    return any;
+}
+
+std::string insertE0(const std::string& xml, int count)
+{
+    std::string out;
+    size_t at = 0;
+    for (int i = 1; i <= count; ++i) {
+        size_t place = xml.size() * size_t(i) / size_t(count + 1);
+        out.append(xml, at, place - at);
+        out += '\xE0';
+        at = place;
+    }
+    return out + xml.substr(at);
 }
 
 Delivery deliver(const Bytes& answer, const FaultSet& faults)

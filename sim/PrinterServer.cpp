@@ -6,7 +6,6 @@
 #include <cerrno>
 #include <cstdio>
 
-#include "sim/StateFile.h"
 
 namespace corvelsim {
 
@@ -17,9 +16,9 @@ constexpr auto kStaleInput = std::chrono::milliseconds(300);
 }  // namespace
 
 PrinterServer::PrinterServer(Testbed& testbed, PrinterState& state, const FaultSet& faults, RequestLog& log,
-                             std::string statePath)
+                             SharedStateFile* stateFile)
     : m_Testbed(testbed), m_State(state), m_Faults(faults), m_Log(log), m_Responder(state, faults),
-      m_StatePath(std::move(statePath))
+      m_StateFile(stateFile)
 {
     for (const auto& [lp, fd] : testbed.masters()) {
         Port port;
@@ -110,20 +109,23 @@ void PrinterServer::handleRequest(Port& port, const Request& request, bool answe
         m_Testbed.discardUnread(port.lp);
         port.outbox.clear();
 
-        Decision decision = m_Responder.answer(request);
+        Decision decision;
+        auto respond = [&] { decision = m_Responder.answer(request); };
+        std::string error;
+        if (!m_StateFile) respond();
+        else if (!m_StateFile->update(m_State, respond, error))
+            std::fprintf(stderr, "corvelsim: %s; the state is kept in memory only from now on\n", error.c_str());
         Delivery delivery = deliver(decision.answer, m_Faults);
         entry.faults = decision.faults;
         entry.faults.insert(entry.faults.end(), delivery.applied.begin(), delivery.applied.end());
         entry.answer = delivery.bytes;
         entry.answered = !delivery.bytes.empty();
         entry.accepted = decision.settingsAccepted;
+        entry.certStatus = decision.certStatus;
         entry.delayMs = delivery.delayMs;
         if (!delivery.bytes.empty()) {
             port.outbox.push_back(
                 {std::chrono::steady_clock::now() + std::chrono::milliseconds(delivery.delayMs), delivery.bytes});
-        }
-        if (decision.stateChanged && !m_StatePath.empty() && !saveStateFile(m_StatePath, m_State)) {
-            std::fprintf(stderr, "corvelsim: cannot write the state file '%s'\n", m_StatePath.c_str());
         }
     }
     m_Log.write(entry);

@@ -12,15 +12,16 @@
 #include "sim/PrinterState.h"
 #include "sim/RequestLog.h"
 #include "sim/Responder.h"
+#include "sim/SharedStateFile.h"
 #include "sim/Testbed.h"
 
 namespace corvelsim {
 
 class PrinterServer {
 public:
-    // `statePath` empty: the state lives in memory only.
+    // `stateFile` nullptr: the state lives in memory only.
     PrinterServer(Testbed& testbed, PrinterState& state, const FaultSet& faults, RequestLog& log,
-                  std::string statePath);
+                  SharedStateFile* stateFile);
 
     // One round: waits up to `timeoutMs` for input, answers what is complete,
     // sends answers whose time has come.
@@ -58,7 +59,7 @@ private:
     const FaultSet& m_Faults;
     RequestLog& m_Log;
     Responder m_Responder;
-    std::string m_StatePath;
+    SharedStateFile* m_StateFile;
     std::vector<Port> m_Ports;
 };
 

@@ -1,5 +1,7 @@
 #include "sim/PrinterState.h"
 
+#include "sim/AuthStatus.h"
+
 namespace corvelsim {
 
 namespace {
@@ -11,6 +13,11 @@ constexpr unsigned kPSK = fieldKey(0x28, 0x11);
 constexpr unsigned kWEPKeys[] = {fieldKey(0x28, 0x09), fieldKey(0x28, 0x0B), fieldKey(0x28, 0x0D),
                                  fieldKey(0x28, 0x0F)};
 constexpr unsigned kUser8021x = fieldKey(0x2A, 0x02);
+constexpr unsigned kPassword8021x = fieldKey(0x2A, 0x03);
+constexpr unsigned kEapTls = fieldKey(0x2A, 0x18);
+constexpr unsigned kPasswordEaps[] = {fieldKey(0x2A, 0x14), fieldKey(0x2A, 0x15), fieldKey(0x2A, 0x16),
+                                      fieldKey(0x2A, 0x17), fieldKey(0x2A, 0x19)};  // MD5, MSCHAPv2, LEAP, PEAP, TTLS
+constexpr unsigned kValidateCertificate = fieldKey(0x2A, 0x24);
 constexpr unsigned kOrganization = fieldKey(0x2A, 0x06);
 constexpr unsigned kCommonName = fieldKey(0x2A, 0x0A);
 constexpr unsigned kAuthStatus = fieldKey(0x2A, 0x1D);
@@ -22,9 +29,6 @@ constexpr uint8_t kJoined = 0x00;
 constexpr uint8_t kNotJoined = 0x01;
 constexpr uint8_t kReady = 0x2D;
 constexpr uint8_t kNotReady = 0x00;
-constexpr uint8_t kAuthNotEnabled = 0;
-constexpr uint8_t kAuthenticated = 2;
-constexpr uint8_t kAuthInProgress = 10;
 constexpr unsigned kSecurity8021x = 3;
 
 bool isResetItem(const Item& item)
@@ -49,7 +53,46 @@ PrinterState factoryState(NetworkLife life)
     PrinterState state(life);
     state.items[kOrganization] = textValue("Corvel Simulated Printers");
     state.items[kCommonName] = textValue("CORVELSIM-0001");
+    state.defaultSubject = {"Corvel Simulated Printers", "Printing", "US", "Oregon", "Portland", "CORVELSIM-0001",
+                            "corvelsim-0001.local"};
     return state;
+}
+
+// What the printer holds, judged by the rules of AuthStatus.
+Bytes PrinterState::authStatusValue() const
+{
+    AuthFacts facts;
+    facts.security8021x = security() == kSecurity8021x;
+    facts.validateCertificate = hasValue(kValidateCertificate);
+    facts.caInstalled = !certs.cas.empty();
+    if (const SignedCert* cert = certs.activeCert()) {
+        switch (validityNow(cert->certPem)) {
+        case Validity::Expired: facts.clientCert = ClientCert::Expired; break;
+        case Validity::NotYetValid: facts.clientCert = ClientCert::NotYetValid; break;
+        case Validity::Unreadable: break;
+        case Validity::Valid: facts.clientCert = ClientCert::Valid; break;
+        }
+    }
+    facts.eapTls = hasValue(kEapTls);
+    for (unsigned key : kPasswordEaps) facts.passwordEap = facts.passwordEap || hasValue(key);
+    facts.hasUser = hasValue(kUser8021x);
+    facts.hasPassword = hasValue(kPassword8021x);
+    facts.joined = joined;
+    return {uint8_t(authStatus(facts))};
+}
+
+// Organization and common name of the installed signed certificate; the
+// printer's own values while it has none.
+Bytes PrinterState::certSubjectField(unsigned key) const
+{
+    const SignedCert* cert = certs.activeCert();
+    CertInfo info;
+    std::string pem;
+    if (cert == nullptr || !readCertificate(cert->certPem, info, pem)) {
+        auto it = items.find(key);
+        return it == items.end() ? Bytes{} : it->second;
+    }
+    return textValue(key == kOrganization ? info.organization : info.commonName);
 }
 
 bool PrinterState::hasValue(unsigned key) const
@@ -127,8 +170,9 @@ Bytes PrinterState::readField(uint8_t group, uint8_t field)
         return Bytes(m_Life.address.begin(), m_Life.address.end());
     case kAuthStatus:
         if (items.count(key) != 0) return items[key];  // set by hand in the state file
-        if (security() != kSecurity8021x) return {kAuthNotEnabled};
-        return {joined ? kAuthenticated : kAuthInProgress};
+        return authStatusValue();
+    case kOrganization:
+    case kCommonName: return certSubjectField(key);
     default: break;
     }
 

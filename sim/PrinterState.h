@@ -7,7 +7,9 @@
 #include <string>
 #include <vector>
 
+#include "sim/CertStore.h"
 #include "sim/Request.h"
+#include "sim/X509Tools.h"
 
 namespace corvelsim {
 
@@ -43,9 +45,13 @@ public:
     int connectionPolls = 0;
     int readyPolls = 0;
     int resets = 0;
+    CertStore certs;
+    Subject defaultSubject;  // what readCertDefaults answers
 
 private:
     bool hasValue(unsigned key) const;
+    Bytes authStatusValue() const;
+    Bytes certSubjectField(unsigned key) const;
     void dropConnection();
 
     NetworkLife m_Life;

@@ -126,8 +126,8 @@ Request decodeCertMgr(const Bytes& opening, const Bytes& call)
     request.command = commandOf(call);
     // After the command bytes come 00 01 and the XML text.
     if (call.size() >= 9) request.xml.assign(call.begin() + 9, call.end());
-    request.method = certMgrMethodName(request.xml);
-    if (request.method.empty()) request.problem = "no method name in the call";
+    request.call = parseCertMgrCall(request.xml);
+    if (request.call.method.empty()) request.problem = "no method name in the call";
     return request;
 }
 

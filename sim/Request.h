@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "sim/Bytes.h"
+#include "sim/CertMgrCall.h"
 
 namespace corvelsim {
 
@@ -30,7 +31,7 @@ struct Request {
     std::vector<Item> items;  // settings requests
     bool itemsWellFormed = true;
     std::string xml;          // certificate-manager requests
-    std::string method;
+    CertMgrCall call;         // ... decoded
     std::string problem;      // why a request is unknown or malformed
 };
 

@@ -25,6 +25,17 @@ std::string itemJson(const Item& item)
     return json + "}";
 }
 
+// A Base64 file is shown by its size and first characters; long texts are cut.
+std::string paramText(const CertParam& param)
+{
+    constexpr size_t kShown = 24;
+    if (param.type == "BinaryElem")
+        return "[" + std::to_string(param.value.size()) + " Base64 characters] " + param.value.substr(0, kShown) +
+               (param.value.size() > kShown ? "..." : "");
+    if (param.value.size() > 256) return param.value.substr(0, 256) + "...";
+    return param.value;
+}
+
 }  // namespace
 
 std::string jsonString(const std::string& text)
@@ -68,7 +79,13 @@ std::string formatLogEntry(int seq, const LogEntry& entry)
         json += std::string("],\"accepted\":") + (entry.accepted ? "true" : "false");
         break;
     case RequestKind::CertMgr:
-        json += ",\"method\":" + jsonString(request.method);
+        json += ",\"method\":" + jsonString(request.call.method) + ",\"params\":{";
+        for (size_t i = 0; i < request.call.params.size(); ++i) {
+            const CertParam& param = request.call.params[i];
+            json += (i ? "," : "") + jsonString(param.name) + ":" + jsonString(paramText(param));
+        }
+        json += "}";
+        if (entry.answered) json += ",\"status_code\":" + std::to_string(entry.certStatus);
         break;
     case RequestKind::Unknown: break;
     }

@@ -5,7 +5,9 @@
 //    "group":"28","field":"08","answer":"A5...","faults":[]}
 //
 // Settings requests add "items" (group, field, length, value hex and, when
-// printable, text) and "accepted"; certificate-manager requests add "method";
+// printable, text) and "accepted"; certificate-manager requests add "method",
+// "params" (name: decoded value; Base64 files as their size and first
+// characters) and "status_code" when answered;
 // unknown or malformed ones add "problem"; a delayed answer adds "delay_ms".
 #pragma once
 
@@ -25,6 +27,7 @@ struct LogEntry {
     int delayMs = 0;
     bool answered = false;
     bool accepted = false;
+    int certStatus = 0;  // the status_code answered to a certificate-manager call
 };
 
 // The JSON line for one entry (without the line feed).

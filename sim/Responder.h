@@ -14,7 +14,7 @@ struct Decision {
     Bytes answer;              // one framed packet; empty when the printer does not answer
     std::vector<std::string> faults;  // answer faults that decided it
     bool settingsAccepted = false;
-    bool stateChanged = false;
+    int certStatus = 0;        // the status_code a certificate-manager answer carries
 };
 
 class Responder {
@@ -24,8 +24,9 @@ public:
     Decision answer(const Request& request);
 
 private:
+    Decision answerCertMgr(const Request& request);
     Bytes answerInner(const Request& request, Decision& decision);
-    Bytes answerRead(const Request& request, Decision& decision);
+    Bytes answerRead(const Request& request);
     Bytes answerSettings(const Request& request, Decision& decision);
 
     PrinterState& m_State;

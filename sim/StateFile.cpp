@@ -1,7 +1,8 @@
 #include "sim/StateFile.h"
 
+#include <algorithm>
 #include <cstdio>
-#include <fstream>
+#include <map>
 #include <sstream>
 
 namespace corvelsim {
@@ -120,6 +121,81 @@ bool parseFieldKey(const std::string& text, unsigned& key)
     return true;
 }
 
+std::string quotedText(const std::string& text) { return quoted(Bytes(text.begin(), text.end())); }
+
+bool unquoteText(const std::string& value, std::string& text)
+{
+    Bytes bytes;
+    if (value.empty() || value.front() != '"' || !unquote(value, bytes)) return false;
+    text.assign(bytes.begin(), bytes.end());
+    return true;
+}
+
+const std::pair<const char*, std::string Subject::*> kSubjectFields[] = {
+    {"O", &Subject::O}, {"OU", &Subject::OU}, {"C", &Subject::C}, {"ST", &Subject::ST},
+    {"L", &Subject::L}, {"CN", &Subject::CN}, {"AN", &Subject::AN}};
+
+bool parseSubjectField(const std::string& name, const std::string& value, Subject& subject)
+{
+    for (const auto& [field, member] : kSubjectFields) {
+        if (name == field) return unquoteText(value, subject.*member);
+    }
+    return false;
+}
+
+// The "pending.N.x", "cert.N.x" and "ca.N.x" lines, gathered by kind and
+// number until every line is read.
+class StoreRecords {
+public:
+    bool add(const std::string& key, const std::string& value)
+    {
+        size_t firstDot = key.find('.');
+        size_t secondDot = key.find('.', firstDot == std::string::npos ? 0 : firstDot + 1);
+        if (secondDot == std::string::npos) return false;
+        std::string kind = key.substr(0, firstDot);
+        std::string part = key.substr(secondDot + 1);
+        unsigned long number = 0;
+        if (!parseNumber(key.substr(firstDot + 1, secondDot - firstDot - 1), kMaxStoreEntries, number) || number == 0)
+            return false;
+        const std::vector<std::string>* parts = partsOf(kind);
+        if (parts == nullptr || std::find(parts->begin(), parts->end(), part) == parts->end()) return false;
+        std::string text;
+        if (!unquoteText(value, text)) return false;
+        m_Records[kind][number][part] = text;
+        return true;
+    }
+
+    void store(CertStore& certs, std::vector<std::string>& problems)
+    {
+        for (auto& [kind, numbered] : m_Records) {
+            const std::vector<std::string>& parts = *partsOf(kind);
+            for (auto& [number, record] : numbered) {
+                if (record.size() != parts.size()) {
+                    problems.push_back(kind + "." + std::to_string(number) + " lacks some of its lines");
+                    continue;
+                }
+                if (kind == "pending") certs.pending.push_back({record["friendly_name"], record["key"], record["request"]});
+                if (kind == "cert") certs.signedCerts.push_back({record["friendly_name"], record["pem"], record["key"]});
+                if (kind == "ca")
+                    certs.cas.push_back({record["name"], record["file"], record["common_name"], record["pem"]});
+            }
+        }
+    }
+
+private:
+    static const std::vector<std::string>* partsOf(const std::string& kind)
+    {
+        static const std::map<std::string, std::vector<std::string>> kParts = {
+            {"pending", {"friendly_name", "key", "request"}},
+            {"cert", {"friendly_name", "pem", "key"}},
+            {"ca", {"name", "file", "common_name", "pem"}}};
+        auto it = kParts.find(kind);
+        return it == kParts.end() ? nullptr : &it->second;
+    }
+
+    std::map<std::string, std::map<unsigned long, std::map<std::string, std::string>>> m_Records;
+};
+
 }  // namespace
 
 std::string formatValue(const Bytes& value)
@@ -154,18 +230,57 @@ bool parseValue(const std::string& text, Bytes& value)
 std::string formatState(const PrinterState& state)
 {
     std::ostringstream out;
-    out << "# corvelsim printer state: key=value lines, '#' starts a comment.\n"
+    out << kStateFileHeader << "\n"
+        << "# The simulated printer's state: key=value lines, '#' starts a comment (comments are not kept).\n"
         << "# Settings are group/field=value: \"text\" (C escapes), u32:N, u8:N or hex:HEX.\n"
+        << "# It holds private keys: keep it private (corvelsim writes it with mode 0600).\n"
         << "joined=" << (state.joined ? 1 : 0) << "\n"
         << "connection_polls=" << state.connectionPolls << "\n"
         << "ready_polls=" << state.readyPolls << "\n"
-        << "resets=" << state.resets << "\n";
+        << "resets=" << state.resets << "\n"
+        << "# the subject readCertDefaults answers\n";
+    for (const auto& [name, member] : kSubjectFields)
+        out << "default_x509_" << name << "=" << quotedText(state.defaultSubject.*member) << "\n";
     for (const auto& [key, value] : state.items) {
         if (const char* name = fieldName(key)) out << "# " << name << "\n";
         out << hexByte(uint8_t(key >> 8)) << "/" << hexByte(uint8_t(key)) << "=" << formatValue(value)
             << "\n";
     }
+    const CertStore& certs = state.certs;
+    for (size_t i = 0; i < certs.pending.size(); ++i) {
+        std::string prefix = "pending." + std::to_string(i + 1) + ".";
+        out << "# key waiting for its signed certificate\n"
+            << prefix << "friendly_name=" << quotedText(certs.pending[i].friendlyName) << "\n"
+            << prefix << "key=" << quotedText(certs.pending[i].keyPem) << "\n"
+            << prefix << "request=" << quotedText(certs.pending[i].requestPem) << "\n";
+    }
+    for (size_t i = 0; i < certs.signedCerts.size(); ++i) {
+        std::string prefix = "cert." + std::to_string(i + 1) + ".";
+        out << "# installed signed certificate (the last one is in use)\n"
+            << prefix << "friendly_name=" << quotedText(certs.signedCerts[i].friendlyName) << "\n"
+            << prefix << "pem=" << quotedText(certs.signedCerts[i].certPem) << "\n"
+            << prefix << "key=" << quotedText(certs.signedCerts[i].keyPem) << "\n";
+    }
+    for (size_t i = 0; i < certs.cas.size(); ++i) {
+        std::string prefix = "ca." + std::to_string(i + 1) + ".";
+        out << "# installed CA certificate\n"
+            << prefix << "name=" << quotedText(certs.cas[i].name) << "\n"
+            << prefix << "file=" << quotedText(certs.cas[i].fileName) << "\n"
+            << prefix << "common_name=" << quotedText(certs.cas[i].commonName) << "\n"
+            << prefix << "pem=" << quotedText(certs.cas[i].certPem) << "\n";
+    }
     return out.str();
+}
+
+int stateFileVersion(const std::string& text)
+{
+    std::string first = text.substr(0, text.find('\n'));
+    if (first == kStateFileHeaderV1) return 1;
+    const std::string prefix = "# corvelsim state v";
+    if (first.rfind(prefix, 0) != 0) return 0;
+    unsigned long version = 0;
+    if (!parseNumber(first.substr(prefix.size()), 1000000, version) || version < 2) return 0;
+    return int(version);
 }
 
 void parseState(const std::string& text, PrinterState& state, std::vector<std::string>& problems)
@@ -173,6 +288,7 @@ void parseState(const std::string& text, PrinterState& state, std::vector<std::s
     std::istringstream in(text);
     std::string line;
     int lineNumber = 0;
+    StoreRecords records;
     while (std::getline(in, line)) {
         ++lineNumber;
         line = trim(line);
@@ -197,36 +313,17 @@ void parseState(const std::string& text, PrinterState& state, std::vector<std::s
         } else if (key == "resets") {
             ok = parseNumber(value, 1000000, number);
             if (ok) state.resets = int(number);
+        } else if (key.rfind("default_x509_", 0) == 0) {
+            ok = parseSubjectField(key.substr(13), value, state.defaultSubject);
         } else if (parseFieldKey(key, field)) {
             ok = parseValue(value, bytes) && bytes.size() <= 0xFFFF;
             if (ok) state.items[field] = bytes;
         } else {
-            ok = false;
+            ok = records.add(key, value);
         }
-        if (!ok) problems.push_back("line " + std::to_string(lineNumber) + " ignored: " + line);
+        if (!ok) problems.push_back("line " + std::to_string(lineNumber) + " cannot be read: " + line.substr(0, 80));
     }
-}
-
-bool loadStateFile(const std::string& path, PrinterState& state, std::vector<std::string>& problems)
-{
-    std::ifstream in(path, std::ios::binary);
-    if (!in) return true;  // no file yet: a fresh printer
-    std::ostringstream text;
-    text << in.rdbuf();
-    parseState(text.str(), state, problems);
-    return true;
-}
-
-bool saveStateFile(const std::string& path, const PrinterState& state)
-{
-    std::string temporary = path + ".tmp";
-    {
-        std::ofstream out(temporary, std::ios::binary | std::ios::trunc);
-        if (!out) return false;
-        out << formatState(state);
-        if (!out.flush()) return false;
-    }
-    return std::rename(temporary.c_str(), path.c_str()) == 0;
+    records.store(state.certs, problems);
 }
 
 }  // namespace corvelsim

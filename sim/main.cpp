@@ -11,7 +11,7 @@
 #include "sim/PrinterServer.h"
 #include "sim/RequestLog.h"
 #include "sim/SimOptions.h"
-#include "sim/StateFile.h"
+#include "sim/SharedStateFile.h"
 #include "sim/Testbed.h"
 
 using namespace corvelsim;
@@ -57,20 +57,16 @@ int main(int argc, char** argv)
     }
 
     PrinterState state = factoryState(options.life);
-    if (!options.statePath.empty()) {
-        std::vector<std::string> problems;
-        loadStateFile(options.statePath, state, problems);
-        for (const std::string& problem : problems)
-            std::fprintf(stderr, "corvelsim: %s: %s\n", options.statePath.c_str(), problem.c_str());
-        if (!saveStateFile(options.statePath, state)) return fail("cannot write the state file " + options.statePath);
-    }
+    SharedStateFile stateFile;
+    if (!options.statePath.empty() && !stateFile.open(options.statePath, state, error)) return fail(error);
     RequestLog log;
     if (!options.logPath.empty() && !log.open(options.logPath))
         return fail("cannot open the request log " + options.logPath);
 
     std::unique_ptr<Testbed> testbed = Testbed::create(options.lpNumbers, error);
     if (!testbed) return fail(error);
-    PrinterServer server(*testbed, state, options.faults, log, options.statePath);
+    PrinterServer server(*testbed, state, options.faults, log,
+                          options.statePath.empty() ? nullptr : &stateFile);
 
     installSignalHandlers();
     ChildSetup setup{options.command, testbed->rootDir(), options.speed};

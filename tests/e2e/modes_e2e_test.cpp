@@ -99,7 +99,7 @@ TEST_P(Mode, SendsTheExpectedRequestsAndReportsTheAnswer)
 {
     const ModeCase& c = GetParam();
     SimDir dir;
-    if (!c.state.empty()) dir.write("state.txt", c.state);
+    if (!c.state.empty()) dir.write("state.txt", "# corvelsim state v2\n" + c.state);
     SimRun run = runCorvelcfg(dir, c.simOptions, c.args, c.input);
     ASSERT_FALSE(run.timedOut) << "the run did not end";
     EXPECT_EQ(run.status, c.status) << run.err;

@@ -1,0 +1,244 @@
+// The certificate manager's own rules: the 802.1x status table, the names CA
+// certificates are listed by, which signed certificates are accepted, and
+// answers that never carry a byte the utility would drop.
+#include <gtest/gtest.h>
+#include <openssl/evp.h>
+#include <openssl/pem.h>
+#include <openssl/x509.h>
+
+#include <pugixml.hpp>
+
+#include "sim/AuthStatus.h"
+#include "sim/Base64.h"
+#include "sim/CertManager.h"
+#include "sim/CertStore.h"
+#include "sim/Faults.h"
+#include "sim/StateFile.h"
+
+namespace corvelsim {
+namespace {
+
+TEST(AuthStatus, FirstRuleThatAppliesDecides)
+{
+    AuthFacts ready;  // would authenticate: 802.1x, PEAP with user and password
+    ready.security8021x = true;
+    ready.passwordEap = ready.hasUser = ready.hasPassword = true;
+    const struct { const char* name; void (*change)(AuthFacts&); int status; } cases[] = {
+        {"joined", [](AuthFacts& f) { f.joined = true; }, 2},
+        {"not joined yet", [](AuthFacts&) {}, 10},
+        {"not 802.1x", [](AuthFacts& f) { f.security8021x = false; f.validateCertificate = true; }, 0},
+        {"validate without CA", [](AuthFacts& f) { f.validateCertificate = true; f.clientCert = ClientCert::Expired; }, 11},
+        {"validate with CA", [](AuthFacts& f) { f.validateCertificate = f.caInstalled = f.joined = true; }, 2},
+        {"certificate expired", [](AuthFacts& f) { f.clientCert = ClientCert::Expired; f.hasUser = false; }, 5},
+        {"certificate not yet valid", [](AuthFacts& f) { f.clientCert = ClientCert::NotYetValid; }, 4},
+        {"EAP-TLS without certificate", [](AuthFacts& f) { f.eapTls = true; f.hasPassword = false; }, 7},
+        {"EAP-TLS with certificate", [](AuthFacts& f) { f.eapTls = true; f.passwordEap = false; f.clientCert = ClientCert::Valid; f.joined = true; }, 2},
+        {"password EAP without password", [](AuthFacts& f) { f.hasPassword = false; }, 9},
+        {"password EAP without user", [](AuthFacts& f) { f.hasUser = false; }, 9},
+        {"no EAP type", [](AuthFacts& f) { f.passwordEap = false; f.joined = true; }, 8},
+    };
+    for (const auto& c : cases) {
+        AuthFacts facts = ready;
+        c.change(facts);
+        EXPECT_EQ(authStatus(facts), c.status) << c.name;
+    }
+}
+
+Bytes text(const std::string& s) { return Bytes(s.c_str(), s.c_str() + s.size() + 1); }  // with its zero
+
+// The printer reads the facts from the fields it was sent.
+TEST(AuthStatus, FollowsTheFieldsThePrinterHolds)
+{
+    const Bytes on = {1};
+    const Bytes dot1x = {0, 0, 0, 3};
+    const struct { const char* name; std::vector<Item> settings; uint8_t status; } cases[] = {
+        {"WPA2", {{0x28, 0x22, {0, 0, 0, 4}}, {0x2A, 0x18, on}}, 0},
+        {"validate, no CA", {{0x28, 0x22, dot1x}, {0x2A, 0x24, on}, {0x2A, 0x17, on}}, 11},
+        {"EAP-TLS, no certificate", {{0x28, 0x22, dot1x}, {0x2A, 0x18, on}}, 7},
+        {"PEAP, no password", {{0x28, 0x22, dot1x}, {0x2A, 0x17, on}, {0x2A, 0x02, text("al")}}, 9},
+        {"TTLS complete", {{0x28, 0x22, dot1x}, {0x2A, 0x19, on}, {0x2A, 0x02, text("al")}, {0x2A, 0x03, text("pw")}}, 10},
+        {"flags all 0", {{0x28, 0x22, dot1x}, {0x2A, 0x14, {0}}, {0x2A, 0x18, {0}}}, 8},
+        {"set by hand", {{0x28, 0x22, dot1x}, {0x2A, 0x1D, {6}}}, 6},
+    };
+    for (const auto& c : cases) {
+        PrinterState printer;
+        printer.applySettings(c.settings);
+        EXPECT_EQ(printer.readField(0x2A, 0x1D), Bytes{c.status}) << c.name;
+    }
+}
+
+// Certificates made here with OpenSSL.
+struct TestKey {
+    EVP_PKEY* key = EVP_EC_gen("P-256");
+    ~TestKey() { EVP_PKEY_free(key); }
+};
+
+std::string toPem(X509* cert)
+{
+    BIO* bio = BIO_new(BIO_s_mem());
+    PEM_write_bio_X509(bio, cert);
+    char* data = nullptr;
+    long size = BIO_get_mem_data(bio, &data);
+    std::string pem(data, size_t(size));
+    BIO_free(bio);
+    return pem;
+}
+
+// A certificate for `publicKey` with subject entries "/F=V" pairs, signed by `signer`.
+std::string makeCert(EVP_PKEY* publicKey, EVP_PKEY* signer, const std::vector<std::pair<const char*, const char*>>& subject,
+                     const char* notBefore, const char* notAfter)
+{
+    X509* cert = X509_new();
+    X509_set_version(cert, 2);
+    ASN1_INTEGER_set(X509_get_serialNumber(cert), 7);
+    X509_NAME* name = X509_get_subject_name(cert);
+    for (const auto& [field, value] : subject)
+        X509_NAME_add_entry_by_txt(name, field, MBSTRING_UTF8, reinterpret_cast<const unsigned char*>(value), -1, -1, 0);
+    X509_set_issuer_name(cert, name);
+    EXPECT_TRUE(ASN1_TIME_set_string(X509_getm_notBefore(cert), notBefore));
+    EXPECT_TRUE(ASN1_TIME_set_string(X509_getm_notAfter(cert), notAfter));
+    X509_set_pubkey(cert, publicKey);
+    X509_sign(cert, signer, EVP_sha256());
+    std::string pem = toPem(cert);
+    X509_free(cert);
+    return pem;
+}
+
+TEST(CertStore, ListsCAsByCommonNameAndValidity)
+{
+    TestKey key;
+    const struct {
+        std::vector<std::pair<const char*, const char*>> subject;
+        const char *notBefore, *notAfter, *name;
+    } cases[] = {
+        {{{"O", "Acme"}, {"CN", "Acme Root CA"}}, "100105000000Z", "20301231235959Z", "Acme Root CA_Jan__5_2010_To_Dec_31_2030"},
+        {{{"CN", "Lab CA"}, {"emailAddress", "ca@lab"}}, "19991110120000Z", "20500209000000Z", "Lab CA_Nov_10_1999_To_Feb__9_2050"},
+        {{{"CN", "First"}, {"CN", "Second"}}, "20240301000000Z", "20240331000000Z", "First_Mar__1_2024_To_Mar_31_2024"},
+    };
+    for (const auto& c : cases) {
+        CertStore store;
+        CertResult result = store.installCA("ca.pem", makeCert(key.key, key.key, c.subject, c.notBefore, c.notAfter));
+        ASSERT_EQ(result.code, kCertOk) << result.message;
+        EXPECT_EQ(store.cas.back().name, c.name);
+        EXPECT_EQ(store.installCA("again.pem", store.cas.back().certPem).code, kCertRefused) << "listed already";
+        EXPECT_EQ(store.removeCA(c.name).code, kCertOk);
+        EXPECT_EQ(store.removeCA(c.name).code, kCertNotFound);
+    }
+    CertStore store;
+    EXPECT_EQ(store.installCA("o.pem", makeCert(key.key, key.key, {{"O", "No CN"}}, "20240301000000Z", "20250301000000Z")).code,
+              kCertRefused);
+    EXPECT_EQ(store.installCA("x.pem", "-----BEGIN CERTIFICATE-----\nAAAA\n-----END CERTIFICATE-----\n").code, kCertRefused);
+    EXPECT_TRUE(store.cas.empty());
+}
+
+X509_REQ* readRequest(const std::string& pem)
+{
+    BIO* bio = BIO_new_mem_buf(pem.data(), int(pem.size()));
+    X509_REQ* request = PEM_read_bio_X509_REQ(bio, nullptr, nullptr, nullptr);
+    BIO_free(bio);
+    return request;
+}
+
+TEST(CertStore, AcceptsOnlyTheCertificateOfThePendingKey)
+{
+    CertStore store;
+    ASSERT_EQ(store.generate("Radio", {"A&B", "", "DE", "", "", "printer-1", "printer-1.lab"}).code, kCertOk);
+    ASSERT_EQ(store.generate("Other", {}).code, kCertOk);
+    X509_REQ* request = readRequest(store.pendingKey("Radio")->requestPem);
+    ASSERT_NE(request, nullptr);
+    EVP_PKEY* requestKey = X509_REQ_get_pubkey(request);
+    EXPECT_EQ(X509_REQ_verify(request, requestKey), 1);
+    char subject[256];
+    X509_NAME_oneline(X509_REQ_get_subject_name(request), subject, sizeof subject);
+    EXPECT_STREQ(subject, "/C=DE/O=A&B/CN=printer-1");
+
+    TestKey ca, stranger;
+    const std::string forStranger = makeCert(stranger.key, ca.key, {{"CN", "x"}}, "20240101000000Z", "20990101000000Z");
+    const std::string forRadio =
+        makeCert(requestKey, ca.key, {{"O", "A&B"}, {"CN", "printer-1"}}, "20240101000000Z", "20990101000000Z");
+    CertResult refused = store.installSigned("Radio", forStranger);
+    EXPECT_EQ(refused.code, kCertRefused);
+    EXPECT_NE(refused.message.find("does not match"), std::string::npos) << refused.message;
+    EXPECT_EQ(store.installSigned("Other", forRadio).code, kCertRefused) << "another name's key";
+    EXPECT_EQ(store.installSigned("Nobody", forRadio).code, kCertNotFound);
+    EXPECT_EQ(store.installSigned("Radio", "not a certificate").code, kCertRefused);
+    EXPECT_TRUE(store.signedCerts.empty());
+
+    EXPECT_EQ(store.installSigned("Radio", forRadio).code, kCertOk);
+    ASSERT_NE(store.activeCert(), nullptr);
+    EXPECT_EQ(store.activeCert()->friendlyName, "Radio");
+    EXPECT_EQ(store.pendingKey("Radio"), nullptr) << "the key moved to the certificate";
+    EXPECT_EQ(validityNow(store.activeCert()->certPem), Validity::Valid);
+    EVP_PKEY_free(requestKey);
+    X509_REQ_free(request);
+
+    // The store survives the state file.
+    PrinterState state;
+    state.certs = store;
+    PrinterState loaded;
+    std::vector<std::string> problems;
+    parseState(formatState(state), loaded, problems);
+    EXPECT_TRUE(problems.empty());
+    EXPECT_EQ(formatState(loaded), formatState(state));
+    EXPECT_EQ(loaded.certs.activeCert()->certPem, forRadio);
+    EXPECT_EQ(loaded.readField(0x2A, 0x06), text("A&B")) << "the installed certificate's organization";
+    EXPECT_EQ(loaded.readField(0x2A, 0x0A), text("printer-1"));
+}
+
+TEST(CertManager, AnswersInAsciiWhateverTheTextHolds)
+{
+    PrinterState state;
+    state.defaultSubject.O = "Caf\xC3\xA9 \xE0\xA0\x80 \xF0\x9F\x96\xA8 <&> \xFF";
+    CertMgrCall call;
+    call.wellFormed = true;
+    call.object = "applications.certMgr";
+    call.method = "readCertDefaults";
+    CertAnswer answer = CertManager(state).answer(call);
+    for (unsigned char c : answer.xml) ASSERT_LT(c, 0x80) << answer.xml;
+    pugi::xml_document document;
+    ASSERT_TRUE(document.load_string(answer.xml.c_str())) << answer.xml;
+    pugi::xml_node map = document.child("response").child("MapElem");
+    EXPECT_STREQ(map.find_child_by_attribute("child", "name", "status_code").child_value("IntegerElem"), "1");
+    EXPECT_STREQ(map.find_child_by_attribute("child", "name", "x509_O").child_value("StringElem"),
+                 "Caf\xC3\xA9 \xE0\xA0\x80 \xF0\x9F\x96\xA8 <&> \xEF\xBF\xBD");
+
+    call.method = "exportPubKey";
+    answer = CertManager(state).answer(call);
+    EXPECT_EQ(answer.statusCode, kCertBadCall);
+    EXPECT_NE(answer.xml.find("cert_friendly_name is missing"), std::string::npos) << answer.xml;
+}
+
+TEST(Faults, CertificateManagerFaults)
+{
+    FaultSet faults;
+    std::string error;
+    for (const char* good : {"cert-status=*:7", "cert-status=exportPubKey:-3:key: lost", "cert-e0=5", "cert-silent",
+                             "cert-no-envelope"})
+        EXPECT_TRUE(addFault(faults, good, error)) << good << ": " << error;
+    for (const char* bad : {"cert-status=exportPubKey", "cert-status=export:2", "cert-status=*:x", "cert-e0=0",
+                            "cert-e0=65", "cert-silent=1"}) {
+        FaultSet refused;
+        EXPECT_FALSE(addFault(refused, bad, error)) << bad;
+    }
+    ASSERT_NE(certStatusFor(faults, "exportPubKey"), nullptr);
+    EXPECT_EQ(certStatusFor(faults, "exportPubKey")->code, -3);
+    EXPECT_EQ(certStatusFor(faults, "exportPubKey")->message, "key: lost");
+    EXPECT_EQ(certStatusFor(faults, "queryCAList")->code, 7);
+    EXPECT_EQ(faults.certE0Bytes, 5);
+    EXPECT_EQ(insertE0("abcdefgh", 3), "ab\xE0" "cd\xE0" "ef\xE0" "gh");
+}
+
+TEST(Base64, DecodesWhatItEncodesAndRefusesTheRest)
+{
+    std::string decoded;
+    for (std::string bytes : {std::string(), std::string("a"), std::string("ab"), std::string("abc\0\xFF", 5)}) {
+        ASSERT_TRUE(base64Decode(base64Encode(bytes), decoded)) << bytes;
+        EXPECT_EQ(decoded, bytes);
+    }
+    EXPECT_TRUE(base64Decode("YW\nJj\r\n", decoded));
+    EXPECT_EQ(decoded, "abc");
+    for (const char* bad : {"YWJ", "YW=j", "Y===", "YW!j"}) EXPECT_FALSE(base64Decode(bad, decoded)) << bad;
+}
+
+}  // namespace
+}  // namespace corvelsim
