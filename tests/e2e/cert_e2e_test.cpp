@@ -35,7 +35,7 @@ std::string rawText(const std::string& line)
 // Runs a shell command in the test's directory (openssl, file set-up).
 int shell(const SimDir& dir, const std::string& command)
 {
-    return std::system(("cd '" + dir.file("") + "' && " + command + " >/dev/null 2>&1").c_str());
+    return std::system(("cd '" + dir.file("") + "' && { " + command + "; } >/dev/null 2>&1").c_str());
 }
 
 // A CA certificate "Test CA" with its key, made on the spot.
