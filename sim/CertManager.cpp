@@ -143,7 +143,7 @@ CertAnswer CertManager::answer(const CertMgrCall& call)
     } else if (method == "exportPubKey") {
         const PendingKey* key = friendlyName ? store.pendingKey(*friendlyName) : nullptr;
         if (!friendlyName) result = missing("cert_friendly_name");
-        else if (!key) result = {kCertNotFound, "no key pending for '" + *friendlyName + "'; call generateNewCert first"};
+        else if (!key) result = noPendingKey(*friendlyName);
         else {
             answer.add("cert_friendly_name", "StringElem", key->friendlyName);
             answer.add("cert_dot_csr_file", "BinaryElem", base64Encode(key->requestPem));
@@ -171,7 +171,7 @@ CertAnswer CertManager::answer(const CertMgrCall& call)
     } else if (method == "queryCAInfo") {
         const CaCert* ca = caName ? store.ca(*caName) : nullptr;
         if (!caName) result = missing("ca_common_name");
-        else if (!ca) result = {kCertNotFound, "no CA named '" + *caName + "'"};
+        else if (!ca) result = {kCertNotFound, "no CA named '" + shownName(*caName) + "'"};
         else {
             answer.add("ca_file_name", "StringElem", ca->fileName);
             answer.add("ca_dot_pem_path", "StringElem", "/var/certs/ca/" + ca->name + ".pem");

@@ -16,6 +16,13 @@ CertResult failure(int code, std::string message) { return {code, std::move(mess
 
 }  // namespace
 
+std::string shownName(const std::string& name) { return name.size() <= 64 ? name : name.substr(0, 64) + "..."; }
+
+CertResult noPendingKey(const std::string& friendlyName)
+{
+    return {kCertNotFound, "no key pending for '" + shownName(friendlyName) + "'; call generateNewCert first"};
+}
+
 CertResult CertStore::generate(const std::string& friendlyName, const Subject& subject)
 {
     auto same = [&](const PendingKey& key) { return key.friendlyName == friendlyName; };
@@ -44,10 +51,10 @@ CertResult CertStore::installSigned(const std::string& friendlyName, const std::
     if (!readCertificate(pem, info, certPem)) return failure(kCertRefused, "the file is not a PEM certificate");
     auto key = findIn(pending, [&](const PendingKey& k) { return k.friendlyName == friendlyName; });
     if (key == pending.end())
-        return failure(kCertNotFound, "no key pending for '" + friendlyName + "'; call generateNewCert first");
+        return noPendingKey(friendlyName);
     if (!certMatchesKey(certPem, key->keyPem))
         return failure(kCertRefused, "the certificate's public key does not match the key generated for '" +
-                                         friendlyName + "'");
+                                         shownName(friendlyName) + "'");
     auto same = [&](const SignedCert& cert) { return cert.friendlyName == friendlyName; };
     signedCerts.erase(std::remove_if(signedCerts.begin(), signedCerts.end(), same), signedCerts.end());
     if (signedCerts.size() >= kMaxStoreEntries) return failure(kCertStoreFull, "too many installed certificates");
@@ -66,7 +73,7 @@ CertResult CertStore::removeSigned(const std::string& friendlyName)
                                  [&](const PendingKey& k) { return k.friendlyName == friendlyName; }),
                   pending.end());
     if (signedCerts.size() + pending.size() == before)
-        return failure(kCertNotFound, "no certificate named '" + friendlyName + "'");
+        return failure(kCertNotFound, "no certificate named '" + shownName(friendlyName) + "'");
     return {};
 }
 
@@ -77,7 +84,8 @@ CertResult CertStore::installCA(const std::string& fileName, const std::string& 
     if (!readCertificate(pem, info, certPem)) return failure(kCertRefused, "the file is not a PEM certificate");
     if (info.commonName.empty()) return failure(kCertRefused, "the CA certificate has no common name (CN)");
     if (info.commonName.size() > kMaxNameLength)
-        return failure(kCertRefused, "the CA's common name is longer than " + std::to_string(kMaxNameLength) + " bytes");
+        return failure(kCertRefused,
+                       "the CA's common name is longer than " + std::to_string(kMaxNameLength) + " bytes");
     std::string name = caName(info);
     if (ca(name) != nullptr) return failure(kCertRefused, "a CA named '" + name + "' is installed already");
     if (cas.size() >= kMaxStoreEntries) return failure(kCertStoreFull, "too many CA certificates");
@@ -88,7 +96,7 @@ CertResult CertStore::installCA(const std::string& fileName, const std::string& 
 CertResult CertStore::removeCA(const std::string& name)
 {
     auto it = findIn(cas, [&](const CaCert& c) { return c.name == name; });
-    if (it == cas.end()) return failure(kCertNotFound, "no CA named '" + name + "'");
+    if (it == cas.end()) return failure(kCertNotFound, "no CA named '" + shownName(name) + "'");
     cas.erase(it);
     return {};
 }

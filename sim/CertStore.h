@@ -25,6 +25,12 @@ struct CertResult {
     std::string message;  // what went wrong; "" on success
 };
 
+// A name as status messages show it: cut after 64 bytes, so that an answer
+// stays short whatever the call held.
+std::string shownName(const std::string& name);
+
+CertResult noPendingKey(const std::string& friendlyName);
+
 struct PendingKey {
     std::string friendlyName, keyPem, requestPem;
 };

@@ -174,8 +174,10 @@ public:
                     problems.push_back(kind + "." + std::to_string(number) + " lacks some of its lines");
                     continue;
                 }
-                if (kind == "pending") certs.pending.push_back({record["friendly_name"], record["key"], record["request"]});
-                if (kind == "cert") certs.signedCerts.push_back({record["friendly_name"], record["pem"], record["key"]});
+                if (kind == "pending")
+                    certs.pending.push_back({record["friendly_name"], record["key"], record["request"]});
+                if (kind == "cert")
+                    certs.signedCerts.push_back({record["friendly_name"], record["pem"], record["key"]});
                 if (kind == "ca")
                     certs.cas.push_back({record["name"], record["file"], record["common_name"], record["pem"]});
             }

@@ -7,6 +7,7 @@
 #include <openssl/x509.h>
 #include <openssl/x509v3.h>
 
+#include <cstdio>
 #include <memory>
 
 namespace corvelsim {
@@ -89,20 +90,21 @@ bool makeKeyAndRequest(const Subject& subject, std::string& keyPem, std::string&
     }
     X509_NAME* name = X509_REQ_get_subject_name(request.get());
     const std::pair<const char*, const std::string*> fields[] = {
-        {"C", &subject.C}, {"ST", &subject.ST}, {"L", &subject.L}, {"O", &subject.O}, {"OU", &subject.OU}, {"CN", &subject.CN}};
+        {"C", &subject.C}, {"ST", &subject.ST}, {"L", &subject.L},
+        {"O", &subject.O}, {"OU", &subject.OU}, {"CN", &subject.CN}};
     for (const auto& [field, value] : fields) {
         if (value->empty()) continue;  // empty fields are left out of the subject
         const auto* bytes = reinterpret_cast<const unsigned char*>(value->c_str());
         if (!X509_NAME_add_entry_by_txt(name, field, MBSTRING_UTF8, bytes, int(value->size()), -1, 0)) {
             ERR_clear_error();
-            error = std::string("subject field x509_") + field + " '" + *value + "' is not allowed" +
+            error = std::string("subject field x509_") + field + " is not allowed" +
                     (std::string(field) == "C" ? " (a country is two letters)" : " (too long?)");
             return false;
         }
     }
     if (!subject.AN.empty()) {
         if (!isDnsName(subject.AN)) {
-            error = "x509_AN '" + subject.AN + "' is not a DNS name";
+            error = "x509_AN is not a DNS name";
             return false;
         }
         ExtPtr extension(X509V3_EXT_conf_nid(nullptr, nullptr, NID_subject_alt_name, ("DNS:" + subject.AN).c_str()));
@@ -112,14 +114,15 @@ bool makeKeyAndRequest(const Subject& subject, std::string& keyPem, std::string&
         sk_X509_EXTENSION_free(extensions);  // the extension itself is freed by its owner
         if (!added) {
             ERR_clear_error();
-            error = "x509_AN '" + subject.AN + "' cannot be added to the request";
+            error = "x509_AN cannot be added to the request";
             return false;
         }
     }
     BioPtr keyOut(BIO_new(BIO_s_mem()));
     BioPtr requestOut(BIO_new(BIO_s_mem()));
     if (!X509_REQ_set_pubkey(request.get(), key.get()) || !X509_REQ_sign(request.get(), key.get(), EVP_sha256()) ||
-        !keyOut || !requestOut || !PEM_write_bio_PrivateKey(keyOut.get(), key.get(), nullptr, nullptr, 0, nullptr, nullptr) ||
+        !keyOut || !requestOut ||
+        !PEM_write_bio_PrivateKey(keyOut.get(), key.get(), nullptr, nullptr, 0, nullptr, nullptr) ||
         !PEM_write_bio_X509_REQ(requestOut.get(), request.get())) {
         ERR_clear_error();
         error = "signing the request failed";

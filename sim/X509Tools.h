@@ -4,7 +4,6 @@
 
 #include <ctime>
 #include <string>
-#include <vector>
 
 namespace corvelsim {
 
