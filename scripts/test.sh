@@ -23,7 +23,7 @@ done
 
 if [ -x scripts/fuzz.sh ]; then
   echo "== fuzz smoke runs"
-  scripts/fuzz.sh "${FUZZ_SECONDS:-20}"
+  scripts/fuzz.sh "${FUZZ_SECONDS:-10}"
 fi
 
 echo "all: $passed passed, 0 failed"
