@@ -60,6 +60,9 @@ std::string helpText()
                "  --usb-layout L    printer (default); second-claims: two printer interfaces,\n"
                "                    the first refuses the claim; no-printer: a vendor-class\n"
                "                    interface only; no-bulk-in: no bulk IN endpoint\n"
+               "  --usb-trace FILE  append one line per bulk transfer of the USB device to\n"
+               "                    FILE: out|in|discarded, endpoint, bytes, real ms since\n"
+               "                    it was submitted\n"
                "  --state FILE      keep the printer's settings in FILE (key=value lines),\n"
                "                    read at start and rewritten on every change, so that\n"
                "                    one run's settings are seen by the next. Without it the\n"
@@ -115,7 +118,7 @@ bool parseOptions(int argc, const char* const* argv, SimOptions& options, std::s
             value = argv[i + 1];
             if (name == "--lp" || name == "--state" || name == "--log" || name == "--speed" ||
                 name == "--join-after" || name == "--ready-after" || name == "--ip" || name == "--fault" || name == "--usb" || name == "--usb-packet" ||
-                name == "--usb-layout")
+                name == "--usb-layout" || name == "--usb-trace")
                 ++i;
         } else if (name.rfind("--", 0) == 0) {
             error = "option " + name + " needs a value";
@@ -168,6 +171,8 @@ bool parseOptions(int argc, const char* const* argv, SimOptions& options, std::s
                 error = "--usb-layout needs printer, second-claims, no-printer or no-bulk-in";
                 return false;
             }
+        } else if (name == "--usb-trace") {
+            options.usb.tracePath = value;
         } else if (name == "--fault") {
             if (!addFault(options.faults, value, error)) return false;
         } else {

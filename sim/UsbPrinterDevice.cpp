@@ -115,6 +115,10 @@ std::unique_ptr<UsbPrinterDevice> UsbPrinterDevice::attach(::_UMockdevTestbed* t
     }
     device->m_DeviceFd = fds[0];
     device->m_ServerFd = fds[1];
+    if (!options.tracePath.empty() && !(device->m_Trace = std::fopen(options.tracePath.c_str(), "a"))) {
+        error = "cannot open the USB trace " + options.tracePath;
+        return nullptr;
+    }
 
     char bus[8], dev[8];
     std::snprintf(bus, sizeof bus, "%03d", options.bus);
@@ -158,6 +162,19 @@ UsbPrinterDevice::~UsbPrinterDevice()
     for (Urb& urb : m_Completed) release(urb);
     if (m_DeviceFd >= 0) ::close(m_DeviceFd);
     if (m_ServerFd >= 0) ::close(m_ServerFd);
+    if (m_Trace) std::fclose(m_Trace);
+}
+
+// One line per finished bulk transfer: its direction, what it moved, and the
+// real milliseconds between its submission and its end.
+void UsbPrinterDevice::trace(const char* what, const Urb& urb, int bytes)
+{
+    if (!m_Trace) return;
+    const auto* request = reinterpret_cast<const usbdevfs_urb*>(urb.urb->data);
+    const auto waited = std::chrono::steady_clock::now() - urb.submitted;
+    std::fprintf(m_Trace, "%s %02X %d %lld\n", what, unsigned(request->endpoint), bytes,
+                 static_cast<long long>(std::chrono::duration_cast<std::chrono::milliseconds>(waited).count()));
+    std::fflush(m_Trace);
 }
 
 int UsbPrinterDevice::onIoctl(::_UMockdevIoctlBase*, ::_UMockdevIoctlClient* client, void* self)
@@ -256,7 +273,7 @@ void UsbPrinterDevice::submit(::_UMockdevIoctlClient* client, ::_UMockdevIoctlDa
         umockdev_ioctl_client_complete(client, -1, EFAULT);
         return;
     }
-    Urb urb{static_cast<UMockdevIoctlData*>(g_object_ref(data)), buffer};
+    Urb urb{static_cast<UMockdevIoctlData*>(g_object_ref(data)), buffer, std::chrono::steady_clock::now()};
     if (request->endpoint & kDirectionIn) {
         m_PendingIn.push_back(urb);
     } else {
@@ -265,6 +282,7 @@ void UsbPrinterDevice::submit(::_UMockdevIoctlClient* client, ::_UMockdevIoctlDa
         send(m_DeviceFd, buffer->data, size_t(request->buffer_length), MSG_NOSIGNAL);
         request->status = 0;
         request->actual_length = request->buffer_length;
+        trace("out", urb, request->buffer_length);
         m_Completed.push_back(urb);
     }
     umockdev_ioctl_client_complete(client, 0, 0);
@@ -280,6 +298,7 @@ void UsbPrinterDevice::discard(::_UMockdevIoctlClient* client, ::_UMockdevIoctlD
         auto* request = reinterpret_cast<usbdevfs_urb*>(it->urb->data);
         request->status = -ENOENT;
         request->actual_length = 0;
+        trace("discarded", *it, 0);
         m_Completed.push_back(*it);
         m_PendingIn.erase(it);
         umockdev_ioctl_client_complete(client, 0, 0);
@@ -305,6 +324,7 @@ bool UsbPrinterDevice::fillPendingIn()
     m_Answer.erase(m_Answer.begin(), m_Answer.begin() + long(count));
     request->status = 0;
     request->actual_length = int(count);
+    trace("in", urb, int(count));
     m_Completed.push_back(urb);
     return true;
 }

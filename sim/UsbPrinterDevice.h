@@ -8,6 +8,8 @@
 // and the server's answers come back the same way to fill bulk IN transfers.
 #pragma once
 
+#include <chrono>
+#include <cstdio>
 #include <deque>
 #include <memory>
 #include <mutex>
@@ -35,6 +37,7 @@ struct UsbDeviceOptions {
     int device = 0;
     int packetSize = 64;  // wMaxPacketSize of the bulk endpoints
     UsbLayout layout = UsbLayout::Printer;
+    std::string tracePath;  // "" : no transfer trace
 };
 
 // Reads "printer", "second-claims", "no-printer" or "no-bulk-in".
@@ -64,6 +67,7 @@ private:
     struct Urb {
         ::_UMockdevIoctlData* urb = nullptr;     // the client's struct usbdevfs_urb
         ::_UMockdevIoctlData* buffer = nullptr;  // its data buffer
+        std::chrono::steady_clock::time_point submitted{};
     };
 
     explicit UsbPrinterDevice(const UsbDeviceOptions& options) : m_Options(options) {}
@@ -76,11 +80,13 @@ private:
     bool isBulkEndpoint(unsigned endpoint) const;
     void dropUnreadAnswer();
     static void release(Urb& urb);
+    void trace(const char* what, const Urb& urb, int bytes);
 
     UsbDeviceOptions m_Options;
     ::_UMockdevIoctlBase* m_Handler = nullptr;
     int m_DeviceFd = -1;
     int m_ServerFd = -1;
+    std::FILE* m_Trace = nullptr;
     std::mutex m_Lock;  // guards everything below: ioctls run on umockdev's thread
     std::deque<Urb> m_PendingIn;  // IN transfers waiting for answer bytes
     std::deque<Urb> m_Completed;  // transfers ready to be reaped
