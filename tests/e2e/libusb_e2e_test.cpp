@@ -22,10 +22,12 @@ std::vector<std::string> operator+(std::vector<std::string> a, const std::vector
     return a;
 }
 
-SimRun run(const std::string& state, const std::vector<std::string>& simOptions, const std::vector<std::string>& args)
+SimRun run(const std::string& state, const std::vector<std::string>& simOptions, const std::vector<std::string>& args,
+           const std::string& npaHex = "")
 {
     SimDir dir;
     if (!state.empty()) dir.write("state.txt", state);
+    if (!npaHex.empty()) dir.write("npa-request.hex", npaHex);
     return runCorvelcfg(dir, simOptions, args);
 }
 
@@ -34,21 +36,24 @@ struct ModeCase {
     std::vector<std::string> args;
     std::vector<std::string> simOptions;
     std::string state;
+    std::string npaHex = "";  // the raw request of "-npa"
 };
 
 void PrintTo(const ModeCase& c, std::ostream* out) { *out << c.name; }
 
 class OverTheBus : public ::testing::TestWithParam<ModeCase> {};
 
-// The same requests, output and exit status as over /dev/usb/lp0.
+// The same requests, output, trace (answers included) and exit status as
+// over /dev/usb/lp0.
 TEST_P(OverTheBus, BehavesAsOverTheDeviceNode)
 {
     const ModeCase& c = GetParam();
-    const SimRun node = run(c.state, c.simOptions, c.args);
-    const SimRun bus = run(c.state, c.simOptions + kOnBus, c.args + std::vector<std::string>{"001:004"});
+    const SimRun node = run(c.state, c.simOptions, c.args, c.npaHex);
+    const SimRun bus = run(c.state, c.simOptions + kOnBus, c.args + std::vector<std::string>{"001:004"}, c.npaHex);
     ASSERT_FALSE(node.timedOut || bus.timedOut);
     EXPECT_EQ(bus.status, node.status) << bus.err;
     EXPECT_TRUE(sameText(node.out, bus.out));
+    EXPECT_TRUE(sameText(node.err, bus.err));
     ASSERT_EQ(bus.log.size(), node.log.size()) << "requests the printer received";
     ASSERT_FALSE(bus.log.empty());
     for (size_t i = 0; i < bus.log.size(); ++i) {
@@ -67,6 +72,9 @@ INSTANTIATE_TEST_SUITE_P(
                       ModeCase{"basicConfiguration", {"-c", "--ssid=HomeNet", "--security=WPA2", "--passwd=secret123"},
                                {}, ""},
                       ModeCase{"refusedEnvelopeIsRepeatedPlain", {"-s"}, {"--fault", "refuse-envelope"}, kJoinedState},
+                      // The answer arrives in three 16-byte packets and is dumped as received.
+                      ModeCase{"rawPacket", {"-npa", "-file", "npa-request.hex"}, {"--usb-packet", "16"},
+                               "28/08=\"ABCDEFGHIJKLMNOPQRSTUVWXYZ012345\\0\"\n", "A5 00 06 50 E0 D8 00 28 08"},
                       ModeCase{"fullConfiguration", {"--ssid=NotRead"},
                                {"--join-after", "2", "--ip", "10.0.0.9", "--speed", "50"}, kConfiguredState}),
     [](const ::testing::TestParamInfo<ModeCase>& info) { return std::string(info.param.name); });

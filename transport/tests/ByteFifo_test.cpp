@@ -5,6 +5,8 @@
 
 #include <chrono>
 #include <future>
+#include <memory>
+#include <thread>
 #include <numeric>
 #include <vector>
 
@@ -67,19 +69,22 @@ TEST(ByteFifoTest, TooMuchIsRefusedWhole)
 // the lock is free again: another thread can use the FIFO.
 TEST(ByteFifoTest, NestedCallsLeaveTheLockFreeForAnotherThread)
 {
-    ByteFifo fifo(65536);
+    auto fifo = std::make_shared<ByteFifo>(65536);
     std::vector<uint8_t> bytes(65536);
     for (size_t i = 0; i < bytes.size(); ++i) bytes[i] = uint8_t(i * 7);
-    ASSERT_TRUE(fifo.put(bytes.data(), bytes.size()));
-    EXPECT_FALSE(fifo.put(bytes.data(), 1));
+    ASSERT_TRUE(fifo->put(bytes.data(), bytes.size()));
+    EXPECT_FALSE(fifo->put(bytes.data(), 1));
 
-    auto other = std::async(std::launch::async, [&fifo] {
+    // Detached, so that a lock left held fails the test instead of hanging it.
+    auto taken = std::make_shared<std::promise<std::vector<uint8_t>>>();
+    std::future<std::vector<uint8_t>> result = taken->get_future();
+    std::thread([fifo, taken] {
         std::vector<uint8_t> out(65536);
-        return fifo.get(out.data(), out.size()) ? out : std::vector<uint8_t>{};
-    });
-    ASSERT_EQ(other.wait_for(std::chrono::seconds(10)), std::future_status::ready) << "the lock was left held";
-    EXPECT_EQ(other.get(), bytes);
-    EXPECT_TRUE(fifo.isEmpty());
+        taken->set_value(fifo->get(out.data(), out.size()) ? out : std::vector<uint8_t>{});
+    }).detach();
+    ASSERT_EQ(result.wait_for(std::chrono::seconds(10)), std::future_status::ready) << "the lock was left held";
+    EXPECT_EQ(result.get(), bytes);
+    EXPECT_TRUE(fifo->isEmpty());
 }
 
 }  // namespace
