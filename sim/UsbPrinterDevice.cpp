@@ -120,10 +120,9 @@ std::unique_ptr<UsbPrinterDevice> UsbPrinterDevice::attach(::_UMockdevTestbed* t
         return nullptr;
     }
 
-    char bus[8], dev[8];
-    std::snprintf(bus, sizeof bus, "%03d", options.bus);
-    std::snprintf(dev, sizeof dev, "%03d", options.device);
-    const std::string node = std::string("/dev/bus/usb/") + bus + "/" + dev;
+    const std::string address = usbAddress(options.bus, options.device);
+    const std::string bus = address.substr(0, 3), dev = address.substr(4);
+    const std::string node = "/dev/bus/usb/" + bus + "/" + dev;
     device->m_Handler = umockdev_ioctl_base_new();
     g_signal_connect(device->m_Handler, "handle-ioctl", G_CALLBACK(&UsbPrinterDevice::onIoctl), device.get());
     GError* gerror = nullptr;

@@ -114,49 +114,30 @@ INSTANTIATE_TEST_SUITE_P(
                       TransferCase{"noBulkIn", {"--usb-layout", "no-bulk-in", "--speed", "50"}, "32,32,32,4"}),
     [](const ::testing::TestParamInfo<TransferCase>& info) { return std::string(info.param.name); });
 
-struct Transfer {
-    std::string what;  // out, in, discarded
-    long long waitedMs;
-};
-
-std::vector<Transfer> readTrace(const std::string& text)
-{
-    std::vector<Transfer> transfers;
-    std::istringstream lines(text);
-    std::string what, endpoint;
-    int bytes = 0;
-    long long waited = 0;
-    while (lines >> what >> endpoint >> bytes >> waited) transfers.push_back({what, waited});
-    return transfers;
-}
-
 // "-s" reads up to 255 bytes; the answer is shorter. After it has arrived the
 // connector waits once more for ten seconds, then the transport's quiet time
-// (one-second waits until more than four seconds passed) ends the read.
+// (one-second waits until more than four seconds passed) ends the read. The
+// trace shows each IN transfer the client gave up on, and how long it waited.
 TEST(LibUsbRoute, ShortAnswerEndsAfterOneFurtherTenSecondWait)
 {
     SimDir dir;
     dir.write("state.txt", kJoinedState);
     const SimRun bus = runCorvelcfg(dir, kOnBus + std::vector<std::string>{"--usb-trace", dir.file("usb.trace")},
                                     {"-s", "001:004"});
-    ASSERT_FALSE(bus.timedOut);
     EXPECT_EQ(bus.out, "HomeNet\n");
-    const std::vector<Transfer> trace = readTrace(dir.read("usb.trace"));
-    ASSERT_GE(trace.size(), 4u) << dir.read("usb.trace");
-    EXPECT_EQ(trace[0].what, "out");
-    EXPECT_EQ(trace[1].what, "in");
-    std::vector<long long> quietWaits;
-    for (size_t i = 3; i < trace.size(); ++i) {
-        EXPECT_EQ(trace[i].what, "discarded");
-        quietWaits.push_back(trace[i].waitedMs);
+    std::istringstream trace(dir.read("usb.trace"));
+    std::string kinds;  // first letters: out, in, discarded
+    std::vector<long long> waitedMs;
+    std::string what, endpoint, bytes;
+    for (long long ms = 0; trace >> what >> endpoint >> bytes >> ms;) {
+        kinds += what[0];
+        waitedMs.push_back(ms);
     }
-    EXPECT_EQ(trace[2].what, "discarded");
-    // Four or five one-second waits, depending on where the second boundaries fall.
-    EXPECT_GE(quietWaits.size(), 4u);
-    EXPECT_LE(quietWaits.size(), 6u);
-    std::sort(quietWaits.begin(), quietWaits.end());
-    const long long median = quietWaits[quietWaits.size() / 2];
-    EXPECT_GE(trace[2].waitedMs, 5 * median) << "the first wait is the ten-second one, the others one second";
+    // Four or five quiet waits, depending on where the second boundaries fall.
+    ASSERT_TRUE(kinds == "oidddddd" || kinds == "oiddddd" || kinds == "oidddd") << kinds;
+    std::vector<long long> quiet(waitedMs.begin() + 3, waitedMs.end());
+    std::sort(quiet.begin(), quiet.end());
+    EXPECT_GE(waitedMs[2], 5 * quiet[quiet.size() / 2]) << "the first wait is the ten-second one, the others one second";
 }
 
 struct OpenCase {

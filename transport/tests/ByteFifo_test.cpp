@@ -6,8 +6,8 @@
 #include <chrono>
 #include <future>
 #include <memory>
-#include <thread>
 #include <numeric>
+#include <thread>
 #include <vector>
 
 namespace {
@@ -50,18 +50,6 @@ TEST(ByteFifoTest, WrapsAroundFromEveryPosition)
         EXPECT_TRUE(fifo.isEmpty());
         EXPECT_FALSE(fifo.get(out.data(), 1)) << "an empty FIFO gives nothing";
     }
-}
-
-TEST(ByteFifoTest, TooMuchIsRefusedWhole)
-{
-    ByteFifo fifo(4);
-    std::vector<uint8_t> bytes = counting(5, 1), out(5, 0xEE);
-    EXPECT_FALSE(fifo.put(bytes.data(), 5));
-    EXPECT_TRUE(fifo.isEmpty());
-    ASSERT_TRUE(fifo.put(bytes.data(), 3));
-    EXPECT_FALSE(fifo.get(out.data(), 4));
-    EXPECT_EQ(out[0], 0xEE) << "a refused get takes nothing";
-    EXPECT_EQ(fifo.usedSpace(), 3u);
 }
 
 // put and get call freeSpace and usedSpace while holding the lock: with a
