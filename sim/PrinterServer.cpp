@@ -28,6 +28,15 @@ PrinterServer::PrinterServer(Testbed& testbed, PrinterState& state, const FaultS
     }
 }
 
+void PrinterServer::addUsbPort(int fd, const std::string& address)
+{
+    Port port;
+    port.lp = -1;  // no pty to flush: the device drops an unread answer itself
+    port.fd = fd;
+    port.usbAddress = address;
+    m_Ports.push_back(std::move(port));
+}
+
 int PrinterServer::nextWaitMs(int timeoutMs, TimePoint now) const
 {
     int wait = timeoutMs;
@@ -63,10 +72,12 @@ void PrinterServer::serveOnce(int timeoutMs)
 
 void PrinterServer::readInput(Port& port)
 {
-    uint8_t buffer[4096];
+    // Large enough for any one bulk transfer, which arrives as one message.
+    static uint8_t buffer[65536];
     for (;;) {
         ssize_t got = ::read(port.fd, buffer, sizeof buffer);
         if (got <= 0) break;  // EAGAIN: all read; EIO: nobody has the device open
+        if (!port.usbAddress.empty()) port.bulkOut.push_back(size_t(got));
         port.reader.feed(buffer, size_t(got));
         port.lastInput = std::chrono::steady_clock::now();
     }
@@ -103,6 +114,8 @@ void PrinterServer::handleRequest(Port& port, const Request& request, bool answe
 {
     LogEntry entry;
     entry.port = port.lp;
+    entry.usbAddress = port.usbAddress;
+    entry.bulkOut.swap(port.bulkOut);
     entry.request = &request;
     if (answer) {
         // Whatever the utility left unread belongs to an earlier exchange.

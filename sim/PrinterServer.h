@@ -23,6 +23,10 @@ public:
     PrinterServer(Testbed& testbed, PrinterState& state, const FaultSet& faults, RequestLog& log,
                   SharedStateFile* stateFile);
 
+    // Serves the printer on the USB bus too: `fd` is the device's packet
+    // socket (one message per bulk transfer), `address` its "BBB:DDD".
+    void addUsbPort(int fd, const std::string& address);
+
     // One round: waits up to `timeoutMs` for input, answers what is complete,
     // sends answers whose time has come.
     void serveOnce(int timeoutMs);
@@ -41,6 +45,8 @@ private:
     struct Port {
         int lp = 0;
         int fd = -1;
+        std::string usbAddress;       // USB: "BBB:DDD"; "" for an lp node
+        std::vector<size_t> bulkOut;  // USB: transfer sizes since the last request
         FrameReader reader;
         Bytes opening;            // first packet of a certificate-manager request
         TimePoint lastInput{};

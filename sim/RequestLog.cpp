@@ -36,6 +36,15 @@ std::string paramText(const CertParam& param)
     return param.value;
 }
 
+// The port and where the request came from.
+std::string routeJson(const LogEntry& entry)
+{
+    if (entry.usbAddress.empty()) return std::to_string(entry.port) + ",\"route\":\"lp\"";
+    std::string sizes;
+    for (size_t size : entry.bulkOut) sizes += (sizes.empty() ? "" : ",") + std::to_string(size);
+    return "\"" + entry.usbAddress + "\",\"route\":\"usb\",\"bulk_out\":\"" + sizes + "\"";
+}
+
 }  // namespace
 
 std::string jsonString(const std::string& text)
@@ -64,7 +73,7 @@ std::string jsonString(const std::string& text)
 std::string formatLogEntry(int seq, const LogEntry& entry)
 {
     const Request& request = *entry.request;
-    std::string json = "{\"seq\":" + std::to_string(seq) + ",\"port\":" + std::to_string(entry.port) +
+    std::string json = "{\"seq\":" + std::to_string(seq) + ",\"port\":" + routeJson(entry) +
                        ",\"kind\":\"" + kindName(request.kind) + "\",\"envelope\":" +
                        (request.envelope ? "true" : "false") + ",\"raw\":\"" + toHex(request.raw) + "\"";
     switch (request.kind) {

@@ -4,6 +4,9 @@
 //   {"seq":1,"port":0,"kind":"read","envelope":false,"raw":"A5000650E0D8002808",
 //    "group":"28","field":"08","answer":"A5...","faults":[]}
 //
+// A request that came over the USB bus has "route":"usb", its "port" is the
+// device's "BBB:DDD" and "bulk_out" lists the sizes of the bulk transfers
+// that carried it ("64,36"); otherwise "route" is "lp".
 // Settings requests add "items" (group, field, length, value hex and, when
 // printable, text) and "accepted"; certificate-manager requests add "method",
 // "params" (name: decoded value; Base64 files as their size and first
@@ -21,6 +24,8 @@ namespace corvelsim {
 
 struct LogEntry {
     int port = 0;  // the lp number the request came in on
+    std::string usbAddress;      // "BBB:DDD" when it came over the USB bus, else ""
+    std::vector<size_t> bulkOut; // USB: the size of each bulk transfer that carried it
     const Request* request = nullptr;
     Bytes answer;                      // what was written back, faults included
     std::vector<std::string> faults;

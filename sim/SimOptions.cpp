@@ -30,6 +30,14 @@ bool parseAddress(const std::string& text, std::array<uint8_t, 4>& address)
     return true;
 }
 
+// "BUS:DEV" as lsusb shows it ("001:004"; leading zeros optional).
+bool parseUsbAddress(const std::string& text, UsbDeviceOptions& usb)
+{
+    const size_t colon = text.find(':');
+    return colon != std::string::npos && parseInt(text.substr(0, colon), 1, 255, usb.bus) &&
+           parseInt(text.substr(colon + 1), 1, 127, usb.device);
+}
+
 }  // namespace
 
 std::string helpText()
@@ -45,6 +53,16 @@ std::string helpText()
                "\n"
                "Options:\n"
                "  --lp N            attach /dev/usb/lpN (0..16); repeatable; default 0\n"
+               "  --usb BUS:DEV     attach the printer to the USB bus as well, as device DEV\n"
+               "                    on bus BUS (such as 001:004): /dev/bus/usb/BUS/DEV, for\n"
+               "                    libusb. Same state, log and faults as the lp node(s)\n"
+               "  --usb-packet N    packet size of its bulk endpoints (1..1023, default 64)\n"
+               "  --usb-layout L    printer (default); second-claims: two printer interfaces,\n"
+               "                    the first refuses the claim; no-printer: a vendor-class\n"
+               "                    interface only; no-bulk-in: no bulk IN endpoint\n"
+               "  --usb-trace FILE  append one line per bulk transfer of the USB device to\n"
+               "                    FILE: out|in|discarded, endpoint, bytes, real ms since\n"
+               "                    it was submitted\n"
                "  --state FILE      keep the printer's state in FILE: its settings, the\n"
                "                    subject readCertDefaults answers, its keys and\n"
                "                    certificates, so that one run's state is seen by the\n"
@@ -62,7 +80,9 @@ std::string helpText()
                "                    envelope, raw (hex), group/field for reads, items and\n"
                "                    accepted for settings, method, params and status_code\n"
                "                    for certificate-manager calls, problem, answered,\n"
-               "                    answer (hex), faults, delay_ms\n"
+               "                    answer (hex), faults, delay_ms; route: lp, or usb with\n"
+               "                    bulk_out, the sizes of the request's bulk transfers\n"
+               "                    (\"64,36\")\n"
                "  --speed N         run the command under faketime N times faster (1..100,\n"
                "                    1 is real time) so that its fixed waits pass quickly;\n"
                "                    the printer itself answers at once, in real time\n"
@@ -107,7 +127,8 @@ bool parseOptions(int argc, const char* const* argv, SimOptions& options, std::s
         } else if (i + 1 < argc) {
             value = argv[i + 1];
             if (name == "--lp" || name == "--state" || name == "--log" || name == "--speed" ||
-                name == "--join-after" || name == "--ready-after" || name == "--ip" || name == "--fault")
+                name == "--join-after" || name == "--ready-after" || name == "--ip" || name == "--fault" || name == "--usb" || name == "--usb-packet" ||
+                name == "--usb-layout" || name == "--usb-trace")
                 ++i;
         } else if (name.rfind("--", 0) == 0) {
             error = "option " + name + " needs a value";
@@ -145,6 +166,23 @@ bool parseOptions(int argc, const char* const* argv, SimOptions& options, std::s
                 error = "--ip needs an address A.B.C.D";
                 return false;
             }
+        } else if (name == "--usb") {
+            if (!parseUsbAddress(value, options.usb)) {
+                error = "--usb needs BUS:DEV, bus 1 to 255 and device 1 to 127";
+                return false;
+            }
+        } else if (name == "--usb-packet") {
+            if (!parseInt(value, 1, 1023, options.usb.packetSize)) {
+                error = "--usb-packet needs a size from 1 to 1023";
+                return false;
+            }
+        } else if (name == "--usb-layout") {
+            if (!parseUsbLayout(value, options.usb.layout)) {
+                error = "--usb-layout needs printer, second-claims, no-printer or no-bulk-in";
+                return false;
+            }
+        } else if (name == "--usb-trace") {
+            options.usb.tracePath = value;
         } else if (name == "--fault") {
             if (!addFault(options.faults, value, error)) return false;
         } else {

@@ -6,6 +6,7 @@
 
 #include "sim/Faults.h"
 #include "sim/PrinterState.h"
+#include "sim/UsbPrinterDevice.h"
 
 namespace corvelsim {
 
@@ -16,6 +17,7 @@ struct SimOptions {
     int speed = 0;                  // faketime factor for the child
     FaultSet faults;
     NetworkLife life;
+    UsbDeviceOptions usb;           // bus 0: no USB device
     std::vector<std::string> command;
     bool help = false;
 };

@@ -23,6 +23,9 @@ public:
     // The directory a child needs in UMOCKDEV_DIR.
     const std::string& rootDir() const { return m_RootDir; }
 
+    // The umockdev testbed itself, for devices of other kinds.
+    ::_UMockdevTestbed* umockdevTestbed() const { return m_Testbed; }
+
     // The pty master of /dev/usb/lpN (non-blocking, raw), by lp number.
     const std::map<int, int>& masters() const { return m_Masters; }
 

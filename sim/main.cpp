@@ -13,6 +13,7 @@
 #include "sim/SimOptions.h"
 #include "sim/SharedStateFile.h"
 #include "sim/Testbed.h"
+#include "sim/UsbPrinterDevice.h"
 
 using namespace corvelsim;
 
@@ -65,8 +66,14 @@ int main(int argc, char** argv)
 
     std::unique_ptr<Testbed> testbed = Testbed::create(options.lpNumbers, error);
     if (!testbed) return fail(error);
+    std::unique_ptr<UsbPrinterDevice> usbDevice;
+    if (options.usb.bus != 0) {
+        usbDevice = UsbPrinterDevice::attach(testbed->umockdevTestbed(), options.usb, error);
+        if (!usbDevice) return fail(error);
+    }
     PrinterServer server(*testbed, state, options.faults, log,
-                          options.statePath.empty() ? nullptr : &stateFile);
+                         options.statePath.empty() ? nullptr : &stateFile);
+    if (usbDevice) server.addUsbPort(usbDevice->serverFd(), usbDevice->address());
 
     installSignalHandlers();
     ChildSetup setup{options.command, testbed->rootDir(), options.speed};

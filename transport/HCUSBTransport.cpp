@@ -15,7 +15,8 @@ uint32_t HCUSBTransport::m_RefCount = 0;
 namespace {
 
 constexpr uint8_t kPrinterInterfaceClass = 7;
-// Each wait for answer bytes lasts one millisecond (the limit is in microseconds).
+// Each wait for answer bytes: one millisecond on the device node (whose limit is
+// in microseconds), one second on libusb (whose limit is in milliseconds).
 constexpr int32_t kReadableWaitLimit = 1000;
 // The answer is complete once the printer has sent nothing for more than this.
 constexpr std::time_t kQuietSeconds = 4;

@@ -1,31 +1,61 @@
-// Connector that reaches the printer through libusb bulk endpoints, for USB
-// paths of the shape bus:device.
+// Connector that reaches the printer through libusb-0.1 bulk endpoints, for
+// USB paths of the shape bus:device.
 #pragma once
+
+#include <pthread.h>
 
 #include <cstdint>
 
+#include "transport/ByteFifo.h"
 #include "transport/HCIOConnector.h"
+#include "transport/UsbCalls.h"
 
 class LibUsbConnector : public HCIOConnector {
 public:
-    // `interfaceClass` is the USB interface class searched for (7, printer).
-    explicit LibUsbConnector(uint8_t interfaceClass);
-    ~LibUsbConnector() override = default;
+    // `interfaceClass` is the USB interface class searched for (7, printer);
+    // `usb` the libusb calls (tests pass a stand-in).
+    explicit LibUsbConnector(uint8_t interfaceClass, UsbCalls& usb = systemUsbCalls());
+    ~LibUsbConnector() override;
 
-    // Finds the device by bus and device number and claims its printer
-    // interface: 0 when claimed, 1 otherwise.
+    LibUsbConnector(const LibUsbConnector&) = delete;
+    LibUsbConnector& operator=(const LibUsbConnector&) = delete;
+
+    // Finds the device by bus and device number and claims its first
+    // interface that offers the class: 0 when claimed, 1 otherwise.
     int openDevice(int bus, int device);
 
-    int open() override;
+    int open() override;  // not offered: openDevice is the way in
     int close() override;
     int32_t read(uint8_t* buffer, int32_t length) override;
     int queryDevice(uint8_t* buffer, int32_t length) override;
     int32_t write(const uint8_t* buffer, int32_t length) override;
-    IoStatus waitReadable(int32_t timeLimit) override;
+    IoStatus waitReadable(int32_t timeLimit) override;  // limit in milliseconds
     IoStatus waitWritable(int32_t timeLimit) override;
 
     uint8_t interfaceClass() const { return m_InterfaceClass; }
+    int32_t claimedInterface() const { return m_Interface; }
+    int32_t inEndpoint() const { return m_InEndpoint; }
+    int32_t outEndpoint() const { return m_OutEndpoint; }
+    int32_t maxPacketSize() const { return m_MaxPacketSize; }
+
+    static constexpr size_t kFifoCapacity = 65536;
+    // A piece that runs into the write time limit (or is not taken) this many
+    // times in a row ends the write: a printer that never takes data cannot
+    // hold the run.
+    static constexpr int kWriteTries = 3;
 
 private:
+    bool claim(struct usb_device* device, const usb_config_descriptor& config, const usb_interface_descriptor& setting);
+    void takeBulkEndpoints(const usb_interface_descriptor& setting);
+
+    UsbCalls& m_Usb;
+    ByteFifo m_ReadBuffer{kFifoCapacity};  // received bytes not yet read
     uint8_t m_InterfaceClass;
+    int32_t m_Interface = 0;        // the claimed interface
+    int32_t m_InEndpoint = 0;       // bulk IN address; 0 until found
+    int32_t m_OutEndpoint = 0;      // bulk OUT address; 0 until found
+    int32_t m_MaxPacketSize = 32;   // of the bulk IN endpoint; cuts writes too
+    usb_dev_handle* m_Handle = nullptr;
+    pthread_mutex_t m_WriteLock;  // held around write() and by close()
+    pthread_mutex_t m_ReadLock;   // held around the bulk read and by close()
 };
