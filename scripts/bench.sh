@@ -4,7 +4,7 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 build=${BENCH_BUILD_DIR:-build-bench}
-cmake -S . -B "$build" -DCMAKE_BUILD_TYPE=Release -DCORVEL_BUILD_BENCH=ON -DCORVEL_BUILD_TESTS=OFF \
+cmake -S . -B "$build" -DCMAKE_BUILD_TYPE=Release -DCORVEL_BUILD_BENCH=ON -DBUILD_TESTING=OFF \
   -DCORVEL_WERROR=ON >/dev/null
 cmake --build "$build" --target xml_bench -j2
 "$build/bench/xml_bench" "$@"
