@@ -19,7 +19,7 @@ FUZZ_BUILD_ONLY=1 scripts/fuzz.sh >"$fuzz_build_log" 2>&1 &
 fuzz_build=$!
 
 echo "== tests"
-ctest --test-dir "$build" --output-on-failure -j"$(($(nproc) * 2))"
+ctest --test-dir "$build" --output-on-failure -j"$(nproc)"
 # ctest stopped the script on any failure, so every listed test passed.
 passed=$(ctest --test-dir "$build" -N | sed -n 's/^Total Tests: //p')
 

@@ -76,7 +76,7 @@ INSTANTIATE_TEST_SUITE_P(
                       ModeCase{"rawPacket", {"-npa", "-file", "npa-request.hex"}, {"--usb-packet", "16"},
                                "28/08=\"ABCDEFGHIJKLMNOPQRSTUVWXYZ012345\\0\"\n", "A5 00 06 50 E0 D8 00 28 08"},
                       ModeCase{"fullConfiguration", {"--ssid=NotRead"},
-                               {"--join-after", "2", "--ip", "10.0.0.9", "--speed", "50"}, kConfiguredState}),
+                               {"--join-after", "2", "--ip", "10.0.0.9"}, kConfiguredState}),
     [](const ::testing::TestParamInfo<ModeCase>& info) { return std::string(info.param.name); });
 
 // A "-c" request of exactly 100 bytes: 20 characters of SSID and 25 of password.
