@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <ctime>
 #include <deque>
 #include <memory>
 #include <string>
@@ -161,6 +162,16 @@ TEST_F(RunDriver, RequestsResultsAndPlainRetries)
         EXPECT_EQ(result.status, c.status);
         EXPECT_EQ(result.out, c.out);
     }
+}
+
+// The raw packet's answer is collected for ten seconds after the 2-second
+// wait; a silent printer lets five seconds pass per read.
+TEST_F(RunDriver, RawPacketAnswerIsAwaitedTenSeconds)
+{
+    run({"-npa"});
+    const std::time_t waited = fake.clock.now() - fake.clock.start;
+    EXPECT_GE(waited, 2 + 10);
+    EXPECT_LT(waited, 2 + 10 + 5);
 }
 
 TEST_F(RunDriver, CertificateCommandsGoToTheCertificateManager)
