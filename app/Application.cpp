@@ -6,6 +6,8 @@
 #include <cstdio>
 #include <cstring>
 
+#include "cert/CertProc.h"
+#include "npa/WirelessConfigurator.h"
 #include "transport/HCUSBTransport.h"
 
 namespace {
@@ -24,29 +26,28 @@ bool isCertificateCommand(const std::string& mode)
 
 struct ModeEntry {
     const char* mode;
-    int (ConfiguratorPort::*operation)();
+    int (WirelessConfigurator::*operation)();
     // A refused first attempt (-1) is repeated once with plain packets.
     bool retryPlain;
 };
 
 const ModeEntry kModeTable[] = {
-    {"-r", &ConfiguratorPort::resetPrinter, false},
-    {"-c", &ConfiguratorPort::basicConfig, true},
-    {"-ca", &ConfiguratorPort::advancedConfig, true},
-    {"-ip", &ConfiguratorPort::getIPAddress, true},
-    {"-t", &ConfiguratorPort::waitForConnection, true},
-    {"-a", &ConfiguratorPort::pollDeviceStatus, false},
-    {"-s", &ConfiguratorPort::showSSID, true},
-    {"-802s", &ConfiguratorPort::queryAuthStatus, true},
-    {"-cer", &ConfiguratorPort::queryCertSettings, true},
+    {"-r", &WirelessConfigurator::resetPrinter, false},
+    {"-c", &WirelessConfigurator::basicConfig, true},
+    {"-ca", &WirelessConfigurator::advancedConfig, true},
+    {"-ip", &WirelessConfigurator::getIPAddress, true},
+    {"-t", &WirelessConfigurator::waitForConnection, true},
+    {"-a", &WirelessConfigurator::pollDeviceStatus, false},
+    {"-s", &WirelessConfigurator::showSSID, true},
+    {"-802s", &WirelessConfigurator::queryAuthStatus, true},
+    {"-cer", &WirelessConfigurator::queryCertSettings, true},
 };
 
 const char* const kDefaultUsbPath = "/dev/usb/lp0";
 
 }  // namespace
 
-Application::Application(int argc, const char* const* argv, RunTargets& targets)
-    : m_Argc(argc), m_Targets(targets)
+Application::Application(int argc, const char* const* argv) : m_Argc(argc)
 {
     for (int i = 0; i < argc; ++i)
         m_Args.emplace_back(argv[i] != nullptr ? argv[i] : "");
@@ -68,10 +69,13 @@ int Application::run()
     if (!fillConfig())
         return kInputFileError;
 
-    if (isCertificateCommand(m_Mode))
-        return m_Targets.processCertificateCommand(m_Mode, *m_Config);
+    if (isCertificateCommand(m_Mode)) {
+        CertProc processor;
+        return processor.process(m_Mode, *m_Config);
+    }
 
-    m_Configurator = m_Targets.createConfigurator(*m_Config);
+    // Binds the configurator to the record; no device is opened yet.
+    m_Configurator = std::make_unique<WirelessConfigurator>(*m_Config);
     return dispatch();
 }
 
@@ -122,7 +126,7 @@ int Application::dispatch()
     for (const ModeEntry& entry : kModeTable) {
         if (m_Mode != entry.mode)
             continue;
-        ConfiguratorPort& configurator = *m_Configurator;
+        WirelessConfigurator& configurator = *m_Configurator;
         int result = (configurator.*entry.operation)();
         if (entry.retryPlain && result == -1) {
             configurator.setPassThrough(false);
@@ -151,14 +155,14 @@ int Application::sendRawPacket()
     return result;
 }
 
-int runCorvelcfg(int argc, const char* const* argv, RunTargets& targets)
+int runCorvelcfg(int argc, const char* const* argv)
 {
     if (argc <= 1)
         return Application::printUsage();
 
     int result;
     {
-        Application application(argc, argv, targets);
+        Application application(argc, argv);
         result = application.getResult();
     }
     return result & 0xFF;

@@ -8,14 +8,15 @@
 #include <vector>
 
 #include "app/ConfigDetails.h"
-#include "app/RunTargets.h"
+
+class WirelessConfigurator;
 
 // Exit status of a run whose settings or packet file could not be read.
 constexpr int kInputFileError = 2;
 
 class Application {
 public:
-    Application(int argc, const char* const* argv, RunTargets& targets);
+    Application(int argc, const char* const* argv);
     ~Application();
     Application(const Application&) = delete;
     Application& operator=(const Application&) = delete;
@@ -35,11 +36,10 @@ private:
     std::vector<std::string> m_Args;
     std::string m_Mode;
     std::unique_ptr<ConfigDetails> m_Config;
-    std::unique_ptr<ConfiguratorPort> m_Configurator;
-    RunTargets& m_Targets;
+    std::unique_ptr<WirelessConfigurator> m_Configurator;
     int32_t m_Result = 0;
 };
 
 // Process entry: prints the usage text without arguments, otherwise runs the
 // mode. Returns the exit status: the result's low eight bits.
-int runCorvelcfg(int argc, const char* const* argv, RunTargets& targets);
+int runCorvelcfg(int argc, const char* const* argv);

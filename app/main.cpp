@@ -3,5 +3,5 @@
 
 int main(int argc, char** argv)
 {
-    return runCorvelcfg(argc, argv, realRunTargets());
+    return runCorvelcfg(argc, argv);
 }

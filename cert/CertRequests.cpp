@@ -6,6 +6,8 @@
 #include <cstring>
 #include <iterator>
 
+#include "npa/NpaFrame.h"
+
 namespace certreq {
 
 const char* const kDeleteIndividualCA =
@@ -67,13 +69,14 @@ const char* const kGenerateNewCert =
 
 namespace {
 
-// The first packet of every request: length 16, flags 0x80, then seven bytes
-// each followed by its complement and one closing byte.
-const uint8_t kOpeningPacket[19] = {0xA5, 0x00, 0x10, 0x80, 0x3C, 0xC3, 0x3C, 0xC3, 0x21, 0xDE,
-                                    0x3C, 0xC3, 0x22, 0xDD, 0x01, 0xFE, 0x24, 0xDB, 0x5D};
-// Start, length placeholder, flags, command bytes and the fixed 00 01.
-const uint8_t kCallHeader[9] = {0xA5, 0x00, 0x00, 0x50, 0xE0, 0xC0, 0x03, 0x00, 0x01};
-const uint8_t kAnswerEnvelope[7] = {0xE0, 0xC0, 0x03, 0x00, 0x01, 0x00, 0xE0};
+// The first packet of every request: length 16, the drop flags, then seven
+// bytes each followed by its complement and one closing byte.
+const uint8_t kOpeningPacket[19] = {npa::kStartByte, 0x00, 0x10, npa::kFlagDropAndEnd, 0x3C, 0xC3, 0x3C, 0xC3, 0x21,
+                                    0xDE, 0x3C, 0xC3, 0x22, 0xDD, 0x01, 0xFE, 0x24, 0xDB, 0x5D};
+// What follows the command bytes in a request and opens an answer.
+const uint8_t kCallMarker[2] = {0x00, 0x01};
+const uint8_t kAnswerEnvelope[7] = {npa::kCertManagerCommand[0], npa::kCertManagerCommand[1],
+                                    npa::kCertManagerCommand[2], kCallMarker[0], kCallMarker[1], 0x00, 0xE0};
 constexpr uint8_t kLeftOut = 0xE0;
 
 }  // namespace
@@ -96,15 +99,14 @@ bool formatRequest(char* buffer, size_t capacity, const char* method, const char
 std::vector<uint8_t> buildRequestPacket(const char* text)
 {
     const size_t length = std::strlen(text);
-    std::vector<uint8_t> packet(sizeof kOpeningPacket + sizeof kCallHeader + length);
+    std::vector<uint8_t> body(sizeof kCallMarker + length);
+    std::copy(std::begin(kCallMarker), std::end(kCallMarker), body.begin());
+    std::copy(text, text + length, body.begin() + sizeof kCallMarker);
+    const std::vector<uint8_t> call = npa::frameRequest(npa::kCertManagerCommand, body);
+
+    std::vector<uint8_t> packet(sizeof kOpeningPacket + call.size());
     std::copy(std::begin(kOpeningPacket), std::end(kOpeningPacket), packet.begin());
-    uint8_t* call = packet.data() + sizeof kOpeningPacket;
-    std::copy(std::begin(kCallHeader), std::end(kCallHeader), call);
-    // The length field counts flags, command bytes, 00 01 and the text.
-    const size_t following = length + 6;
-    call[1] = static_cast<uint8_t>(following >> 8);
-    call[2] = static_cast<uint8_t>(following);
-    std::copy(text, text + length, call + sizeof kCallHeader);
+    std::copy(call.begin(), call.end(), packet.begin() + sizeof kOpeningPacket);
     return packet;
 }
 

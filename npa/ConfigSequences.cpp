@@ -2,6 +2,7 @@
 // and the progress the default run shows the user.
 #include <cstdio>
 
+#include "npa/NpaFrame.h"
 #include "npa/WirelessConfigurator.h"
 #include "transport/HCUSBTransport.h"
 
@@ -12,9 +13,9 @@ constexpr size_t kLargestRequest = 0xFFFF + 3;
 
 }  // namespace
 
-int WirelessConfigurator::sendSettingsRequest(int32_t itemsLength, bool dumpRequest)
+int WirelessConfigurator::sendSettingsRequest(bool dumpRequest)
 {
-    const std::vector<uint8_t> request = finishSettingsRequest(itemsLength);
+    const std::vector<uint8_t> request = prepare(npa::settingsRequest(items));
     if (request.size() > kLargestRequest) {
         // The length field could not describe it; the printer would misread it.
         std::fprintf(stderr, "D [CVL] Settings request too long (%d bytes)!\n", static_cast<int>(request.size()));
@@ -26,49 +27,40 @@ int WirelessConfigurator::sendSettingsRequest(int32_t itemsLength, bool dumpRequ
     return npaChannel->sendSettings(request.data(), static_cast<int32_t>(request.size()));
 }
 
-int32_t WirelessConfigurator::appendBasicItems()
+void WirelessConfigurator::addNetworkItems()
 {
-    int32_t itemsLength = addMode();
-    itemsLength += addSecurity();
-    itemsLength += addChannel();
-    itemsLength += addSSID();
-    itemsLength += addPassword();
-    return itemsLength;
+    addMode();
+    addSecurity();
+    addChannel();
+    addSSID();
+}
+
+void WirelessConfigurator::addWEPItems()
+{
+    addWEPKeys();
+    addWEPTransmitKey();
+    addWEPAuthMode();
 }
 
 int WirelessConfigurator::basicConfig()
 {
     std::fprintf(stderr, "D [CVL] Basic config...\n");
-    packet.clear();
-    const int32_t itemsLength = appendBasicItems();
-    const int result = sendSettingsRequest(itemsLength, false);
+    items.clear();
+    addNetworkItems();
+    addPassword();
+    const int result = sendSettingsRequest(false);
     std::fprintf(stderr, "D [CVL] Basic config ret = %d\n", result);
     return result;
-}
-
-// The four WEP keys, the transmit key and the authentication mode.
-int32_t WirelessConfigurator::appendWEPItems()
-{
-    int32_t itemsLength = 0;
-    for (int key = 1; key <= 4; ++key) {
-        itemsLength += addWEPKey(key);
-    }
-    itemsLength += addWEPTransmitKey();
-    itemsLength += addWEPAuthMode();
-    return itemsLength;
 }
 
 // Both WPA sequences send the same items; only their trace line differs.
 int WirelessConfigurator::sendWPASettings()
 {
-    packet.clear();
-    int32_t itemsLength = addPSK();
-    itemsLength += addEncryption();
-    itemsLength += addMode();
-    itemsLength += addSecurity();
-    itemsLength += addChannel();
-    itemsLength += addSSID();
-    return sendSettingsRequest(itemsLength, true);
+    items.clear();
+    addPSK();
+    addEncryption();
+    addNetworkItems();
+    return sendSettingsRequest(true);
 }
 
 int WirelessConfigurator::configureWPAEnterprise()
@@ -86,28 +78,21 @@ int WirelessConfigurator::configureWPAPersonal()
 int WirelessConfigurator::configureOpen()
 {
     std::fprintf(stderr, "D [CVL] Configuring Open Mode...\n");
-    packet.clear();
-    int32_t itemsLength = 0;
+    items.clear();
     if (config.encryption == "WEP") {  // open WEP carries its keys, plain open none
-        itemsLength += appendWEPItems();
+        addWEPItems();
     }
-    itemsLength += addMode();
-    itemsLength += addSecurity();
-    itemsLength += addChannel();
-    itemsLength += addSSID();
-    return sendSettingsRequest(itemsLength, true);
+    addNetworkItems();
+    return sendSettingsRequest(true);
 }
 
 int WirelessConfigurator::configureShared()
 {
     std::fprintf(stderr, "D [CVL] Configuring Shared Mode...\n");
-    packet.clear();
-    int32_t itemsLength = appendWEPItems();
-    itemsLength += addMode();
-    itemsLength += addSecurity();
-    itemsLength += addChannel();
-    itemsLength += addSSID();
-    return sendSettingsRequest(itemsLength, true);
+    items.clear();
+    addWEPItems();
+    addNetworkItems();
+    return sendSettingsRequest(true);
 }
 
 int WirelessConfigurator::advancedConfig()
@@ -140,8 +125,10 @@ int WirelessConfigurator::advancedConfig()
 int WirelessConfigurator::configurePrinter()
 {
     // Show the request first; basicConfig builds and sends its own copy.
-    packet.clear();
-    const std::vector<uint8_t> request = finishSettingsRequest(appendBasicItems());
+    items.clear();
+    addNetworkItems();
+    addPassword();
+    const std::vector<uint8_t> request = prepare(npa::settingsRequest(items));
     for (uint8_t byte : request) {
         std::fprintf(stderr, "%x ", byte);
     }

@@ -4,6 +4,7 @@
 #include <cstdio>
 
 #include "cert/CertMgr.h"
+#include "npa/NpaFrame.h"
 #include "npa/WirelessConfigurator.h"
 
 int WirelessConfigurator::configure8021x()
@@ -11,12 +12,12 @@ int WirelessConfigurator::configure8021x()
     std::fprintf(stderr, "D [CVL] Configuring for 8021x...\n");
     int result = set8021xOptions();
     if (result == 0) {
-        packet.clear();
-        int32_t itemsLength = addMode();
-        itemsLength += addSecurity();
-        itemsLength += addSSID();  // SSID before channel in this request
-        itemsLength += addChannel();
-        result = sendSettingsRequest(itemsLength, true);
+        items.clear();
+        addMode();
+        addSecurity();
+        addSSID();  // SSID before channel in this request
+        addChannel();
+        result = sendSettingsRequest(true);
     }
     queryAuthStatus();
     return result;
@@ -25,25 +26,23 @@ int WirelessConfigurator::configure8021x()
 int WirelessConfigurator::set8021xOptions()
 {
     std::fprintf(stderr, "D [CVL] Setting 8021x Options...\n");
-    packet.clear();
-    int32_t itemsLength = addEncryption();
-    itemsLength += addAuthExtensions();
-    itemsLength += addInnerAuth();
-    itemsLength += add8021xUser();
-    itemsLength += add8021xPassword();
-    itemsLength += addValidateCertificate();
+    items.clear();
+    addEncryption();
+    addAuthExtensions();
+    addInnerAuth();
+    add8021xUser();
+    add8021xPassword();
+    addValidateCertificate();
     if (config.encryption == "WEP-STATIC") {
-        for (int key = 1; key <= 4; ++key) {
-            itemsLength += addWEPKey(key);
-        }
-        itemsLength += addWEPTransmitKey();
+        addWEPKeys();
+        addWEPTransmitKey();
     }
-    const int result = sendSettingsRequest(itemsLength, true);
+    const int result = sendSettingsRequest(true);
     std::fprintf(stderr, "D [CVL] Setting 802.1x ret = %d\n", result);
     return result;
 }
 
-int32_t WirelessConfigurator::addValidateCertificate()
+void WirelessConfigurator::addValidateCertificate()
 {
     // The printer should validate the server's certificate when it holds
     // certificates of its own: two or more friendly names, or a CA. A list
@@ -59,5 +58,5 @@ int32_t WirelessConfigurator::addValidateCertificate()
         }
     }
     std::fprintf(stderr, "D [CVL] Validate certificate? %d\n", validate);
-    return appendFlagItem(0x2A, 0x24, validate);
+    npa::appendFlagItem(items, npa::kValidateCertificate, validate);
 }

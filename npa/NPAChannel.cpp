@@ -5,16 +5,13 @@
 #include <cstdio>
 
 #include "npa/ByteOrder.h"
+#include "npa/NpaFrame.h"
 #include "transport/Clock.h"
 #include "transport/CommTransport.h"
 #include "transport/HCUSBTransport.h"
 
 namespace {
 
-constexpr uint8_t kStartByte = 0xA5;
-constexpr uint8_t kFlagDropAndEnd = 0x80;  // content not kept, answer ends
-constexpr uint8_t kFlagMoreFollows = 0x20;  // a further packet follows
-constexpr uint8_t kRefusedFlags = 0xD4;
 constexpr unsigned kExchangeWaitSeconds = 2;
 constexpr unsigned kSettingsWaitSeconds = 5;
 constexpr int32_t kSettingsAnswerSize = 1000;
@@ -35,7 +32,7 @@ PacketRead readPacket(CommTransport& transport, std::vector<uint8_t>& answer)
 {
     uint8_t startByte = 0;
     uint8_t lengthField[2] = {0, 0};
-    if (boundedCount(transport.read(&startByte, 1), 1) != 1 || startByte != kStartByte ||
+    if (boundedCount(transport.read(&startByte, 1), 1) != 1 || startByte != npa::kStartByte ||
         boundedCount(transport.read(lengthField, 2), 2) != 2) {
         return PacketRead::NothingKept;
     }
@@ -51,11 +48,11 @@ PacketRead readPacket(CommTransport& transport, std::vector<uint8_t>& answer)
         return PacketRead::NothingKept;  // an incomplete packet is dropped
     }
     const uint8_t flags = packet[0];
-    if ((flags & kFlagDropAndEnd) != 0) {
+    if ((flags & npa::kFlagDropAndEnd) != 0) {
         return PacketRead::AnswerEnds;
     }
     answer.insert(answer.end(), packet.begin() + 1, packet.end());
-    return (flags & kFlagMoreFollows) != 0 ? PacketRead::MoreFollows : PacketRead::AnswerEnds;
+    return (flags & npa::kFlagMoreFollows) != 0 ? PacketRead::MoreFollows : PacketRead::AnswerEnds;
 }
 
 }  // namespace
@@ -118,7 +115,7 @@ int NPAChannel::sendSettings(const uint8_t* request, int32_t length)
     const int32_t got = boundedCount(transport.read(answer.data(), kSettingsAnswerSize), kSettingsAnswerSize);
     transport.close();
 
-    if (got == 0 || (got > 3 && answer[3] == kRefusedFlags)) {
+    if (got == 0 || npa::isRefused(answer.data(), static_cast<size_t>(got))) {
         return -1;
     }
     return answer[static_cast<size_t>(got - 1)] == 0x01 ? 0 : 1;

@@ -52,7 +52,7 @@ private:
         unsigned waitAfterWrite;  // seconds between writing and reading
         int attempts;             // at most
         unsigned pauseBetween;    // seconds before each further attempt
-        bool canRefuse;           // whether a flags byte of 0xD4 ends the polling
+        bool canRefuse;           // whether the refusal flags end the polling
         bool (*isSuccess)(const std::vector<uint8_t>& answer, int32_t got, int32_t requestLength);
     };
     enum class PollOutcome { Refused, Success, OutOfAttempts };

@@ -3,11 +3,10 @@
 #include <cstdio>
 
 #include "npa/NPAChannel.h"
+#include "npa/NpaFrame.h"
 #include "transport/Clock.h"
 
 namespace {
-
-constexpr uint8_t kRefusedFlags = 0xD4;
 
 uint8_t lastByte(const std::vector<uint8_t>& answer, int32_t got)
 {
@@ -50,8 +49,7 @@ NPAChannel::PollOutcome NPAChannel::poll(const uint8_t* request, int32_t length,
             currentClock().sleep(rule.pauseBetween);
         }
         got = readOnce(request, length, answer, rule.waitAfterWrite);
-        // A flags byte needs a whole header: a shorter answer is never a refusal.
-        if (rule.canRefuse && got > 3 && answer[3] == kRefusedFlags) {
+        if (rule.canRefuse && npa::isRefused(answer.data(), static_cast<size_t>(got))) {
             return PollOutcome::Refused;
         }
         if (rule.isSuccess(answer, got, length)) {

@@ -5,12 +5,10 @@
 #include <cctype>
 #include <string>
 
+#include "npa/NpaFrame.h"
 #include "npa/WirelessConfigurator.h"
 
 namespace {
-
-constexpr uint8_t kWirelessGroup = 0x28;
-constexpr uint8_t k8021xGroup = 0x2A;
 
 constexpr size_t kWEPKeyMaxLength = 26;
 constexpr size_t kPSKMaxLength = 64;
@@ -130,83 +128,80 @@ bool anyPartContains(const std::string& extensions, const char* name)
 
 }  // namespace
 
-int32_t WirelessConfigurator::addMode()
+void WirelessConfigurator::addMode()
 {
     std::fprintf(stderr, "D [CVL] Mode = '%s'\n", config.mode.c_str());
-    if (config.mode.empty()) {
-        return 0;
+    if (!config.mode.empty()) {
+        npa::appendNumericItem(items, npa::kMode, config.mode == "Ad-Hoc" ? 1 : 0);
     }
-    return appendNumericItem(kWirelessGroup, 0x02, config.mode == "Ad-Hoc" ? 1 : 0);
 }
 
-int32_t WirelessConfigurator::addChannel()
+void WirelessConfigurator::addChannel()
 {
     const std::string channel = config.channel.empty() ? "6" : config.channel;
-    return appendNumericItem(kWirelessGroup, 0x05, channelNumber(channel));
+    npa::appendNumericItem(items, npa::kChannel, channelNumber(channel));
 }
 
-int32_t WirelessConfigurator::addSSID()
+void WirelessConfigurator::addSSID()
 {
     std::fprintf(stderr, "D [CVL] SSID = %s\n", config.ssid.c_str());
-    if (config.ssid.empty()) {
-        return 0;
+    if (!config.ssid.empty()) {
+        npa::appendTextItem(items, npa::kSSID, config.ssid, kNoLimit, true);
     }
-    return appendTextItem(kWirelessGroup, 0x08, config.ssid, kNoLimit, true);
 }
 
-int32_t WirelessConfigurator::addPassword()
+void WirelessConfigurator::addPassword()
 {
     if (config.security == "None") {
-        return 0;
+        return;
     }
     std::string password = config.passwd;
     if (password.empty()) {
         std::fflush(stdout);  // earlier output must appear before the prompt
         password = passwordSource ? passwordSource() : std::string();
     }
-    const uint8_t field = config.security == "WEP" ? 0x09 : 0x11;
-    return appendTextItem(kWirelessGroup, field, password, kNoLimit, true);
+    const npa::Key key = config.security == "WEP" ? npa::kWEPKey1 : npa::kPassphrase;
+    npa::appendTextItem(items, key, password, kNoLimit, true);
 }
 
-int32_t WirelessConfigurator::addWEPKey(int keyNumber)
+void WirelessConfigurator::addWEPKeys()
 {
-    if (keyNumber < 1 || keyNumber > 4) {
-        return 0;
+    for (int keyNumber = 1; keyNumber <= 4; ++keyNumber) {
+        const std::string& key = config.wepKey[keyNumber - 1];
+        std::fprintf(stderr, "D [CVL] WEP Key %d = '%s' (%d bytes)\n", keyNumber, key.c_str(), length(key));
+        // Keys 1 to 4 sit in the odd fields 09, 0B, 0D, 0F.
+        const npa::Key field{npa::kWEPKey1.group, static_cast<uint8_t>(npa::kWEPKey1.field + 2 * (keyNumber - 1))};
+        npa::appendTextItem(items, field, key, kWEPKeyMaxLength, false);
     }
-    const std::string& key = config.wepKey[keyNumber - 1];
-    std::fprintf(stderr, "D [CVL] WEP Key %d = '%s' (%d bytes)\n", keyNumber, key.c_str(), length(key));
-    // Keys 1 to 4 sit in the odd fields 09, 0B, 0D, 0F.
-    const auto field = static_cast<uint8_t>(0x09 + 2 * (keyNumber - 1));
-    return appendTextItem(kWirelessGroup, field, key, kWEPKeyMaxLength, false);
 }
 
-int32_t WirelessConfigurator::addPSK()
+void WirelessConfigurator::addPSK()
 {
     std::fprintf(stderr, "D [CVL] PSK (Pre-shared key) = %s (%d bytes)\n", config.psk.c_str(), length(config.psk));
-    return appendTextItem(kWirelessGroup, 0x11, config.psk, kPSKMaxLength, false);
+    npa::appendTextItem(items, npa::kPassphrase, config.psk, kPSKMaxLength, false);
 }
 
-int32_t WirelessConfigurator::addWEPTransmitKey()
+void WirelessConfigurator::addWEPTransmitKey()
 {
     std::fprintf(stderr, "D [CVL] WEP Transmit key = %s\n", config.wepTransmit.c_str());
     const std::string key = config.wepTransmit.empty() ? "1" : config.wepTransmit;
-    return appendNumericItem(kWirelessGroup, 0x1F, lowByteOfLeadingNumber(key));
+    npa::appendNumericItem(items, npa::kWEPTransmitKey, lowByteOfLeadingNumber(key));
 }
 
-int32_t WirelessConfigurator::addSecurity()
+void WirelessConfigurator::addSecurity()
 {
     std::fprintf(stderr, "D [CVL] Security = '%s'\n", config.security.c_str());
     const std::string security = config.security.empty() ? "None" : config.security;
     const SecurityChoice choice = securityChoice(security, config.encryption);
     std::fprintf(stderr, "D [CVL] Security mode: %d (%s)\n", static_cast<int>(choice.value), choice.name);
     std::printf("npa data going: %x", choice.value);
-    return appendNumericItem(kWirelessGroup, 0x22, choice.value);
+    npa::appendNumericItem(items, npa::kSecurity, choice.value);
 }
 
-int32_t WirelessConfigurator::addWEPAuthMode()
+void WirelessConfigurator::addWEPAuthMode()
 {
     if (config.encryption.empty()) {
-        return 0;
+        return;
     }
     uint32_t mode = 0;
     if (config.encryption == "WEP") {
@@ -218,55 +213,50 @@ int32_t WirelessConfigurator::addWEPAuthMode()
     }
     static const char* const kModeNames[] = {"Auto", "Open", "Shared"};
     std::fprintf(stderr, "D [CVL] WEP auth mode: %d (%s)\n", static_cast<int>(mode), kModeNames[mode]);
-    return appendNumericItem(kWirelessGroup, 0x23, mode);
+    npa::appendNumericItem(items, npa::kWEPAuthMode, mode);
 }
 
-int32_t WirelessConfigurator::addEncryption()
+void WirelessConfigurator::addEncryption()
 {
     std::fprintf(stderr, "D [CVL] Encryption (advanced) = %s\n", config.encryption.c_str());
-    if (config.encryption.empty()) {
-        return 0;
+    if (!config.encryption.empty()) {
+        npa::appendNumericItem(items, npa::kEncryption, encryptionValue(config.encryption));
     }
-    return appendNumericItem(kWirelessGroup, 0x26, encryptionValue(config.encryption));
 }
 
-int32_t WirelessConfigurator::add8021xUser()
+void WirelessConfigurator::add8021xUser()
 {
     std::fprintf(stderr, "D [CVL] 802.1x User = %s (%d bytes)\n", config.user8021x.c_str(),
                  length(config.user8021x));
-    if (config.user8021x.empty()) {
-        return 0;
+    if (!config.user8021x.empty()) {
+        npa::appendTextItem(items, npa::k8021xUser, config.user8021x, k8021xUserMaxValue, true);
     }
-    return appendTextItem(k8021xGroup, 0x02, config.user8021x, k8021xUserMaxValue, true);
 }
 
-int32_t WirelessConfigurator::add8021xPassword()
+void WirelessConfigurator::add8021xPassword()
 {
     std::fprintf(stderr, "D [CVL] 802.1x password = %s (%d bytes)\n", config.pwd8021x.c_str(),
                  length(config.pwd8021x));
-    if (config.pwd8021x.empty()) {
-        return 0;
+    if (!config.pwd8021x.empty()) {
+        npa::appendTextItem(items, npa::k8021xPassword, config.pwd8021x, k8021xPasswordMaxValue, true);
     }
-    return appendTextItem(k8021xGroup, 0x03, config.pwd8021x, k8021xPasswordMaxValue, true);
 }
 
-int32_t WirelessConfigurator::addAuthExtensions()
+void WirelessConfigurator::addAuthExtensions()
 {
     std::fprintf(stderr, "D [CVL] 802.1x Auth Extension = %s\n", config.authExt.c_str());
     static const char* const kExtensionNames[] = {"EAP-MD5", "MSCHAPv2", "LEAP", "PEAP", "EAP-TLS", "EAP-TTLS"};
-    int32_t appended = 0;
-    uint8_t field = 0x14;
+    npa::Key key = npa::kAuthExtensions;
     for (const char* name : kExtensionNames) {
-        appended += appendFlagItem(k8021xGroup, field++, anyPartContains(config.authExt, name) ? 1 : 0);
+        npa::appendFlagItem(items, key, anyPartContains(config.authExt, name) ? 1 : 0);
+        ++key.field;
     }
-    return appended;
 }
 
-int32_t WirelessConfigurator::addInnerAuth()
+void WirelessConfigurator::addInnerAuth()
 {
     std::fprintf(stderr, "D [CVL] 802.1x Inner Auth = %s\n", config.authInner.c_str());
-    if (config.authInner.empty()) {
-        return 0;
+    if (!config.authInner.empty()) {
+        npa::appendNumericItem(items, npa::kInnerAuth, innerAuthValue(config.authInner));
     }
-    return appendNumericItem(k8021xGroup, 0x1A, innerAuthValue(config.authInner));
 }

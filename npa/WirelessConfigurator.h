@@ -11,6 +11,7 @@
 
 #include "app/ConfigDetails.h"
 #include "npa/NPAChannel.h"
+#include "npa/NpaFrame.h"
 
 class WirelessConfigurator {
 public:
@@ -31,14 +32,8 @@ public:
 
     // Configuration sequences: -1 refused or no answer, 0 accepted, 1 otherwise.
     int basicConfig();
-    int advancedConfig();
+    int advancedConfig();    // the sequence the record's security names
     int configurePrinter();  // returns the length of the request it showed
-    int configureOpen();
-    int configureShared();
-    int configureWPAPersonal();
-    int configureWPAEnterprise();
-    int configure8021x();
-    int set8021xOptions();
 
     // Queries of the printer's state.
     int resetPrinter();
@@ -52,58 +47,49 @@ public:
     // Sends raw bytes unchanged and dumps the answer. Returns 0.
     int sendNPA(const uint8_t* bytes, int32_t length, int timeLimitSeconds);
 
-    // Setting operations: each appends one item (six for the extensions) to the
-    // request under construction and returns the count of bytes appended.
-    int32_t addMode();
-    int32_t addChannel();
-    int32_t addSSID();
-    int32_t addPassword();
-    int32_t addWEPKey(int keyNumber);  // 1 to 4
-    int32_t addPSK();
-    int32_t addWEPTransmitKey();
-    int32_t addSecurity();
-    int32_t addWEPAuthMode();
-    int32_t addEncryption();
-    int32_t add8021xUser();
-    int32_t add8021xPassword();
-    int32_t addAuthExtensions();
-    int32_t addInnerAuth();
-    // Asks the printer's certificate manager which certificates it holds and
-    // appends the validate-certificate flag (2A/24); returns 6.
-    int32_t addValidateCertificate();
-
-    // Framing of the request under construction.
-    int32_t appendBytes(int32_t count, const uint8_t* bytes);
-    static void buildItemHeader(uint8_t* buffer, uint16_t valueLength, uint8_t field, uint8_t group);
-    int32_t wrapSettings(int32_t itemsLength);
-    static int32_t wrapPassThrough(std::vector<uint8_t>& bytes, int32_t innerLength);
-
-    // The 9-byte read request for one field, wrapped when passThrough is set.
-    std::vector<uint8_t> prepareReadRequest(uint8_t group, uint8_t field) const;
-    // A complete fixed request, wrapped when passThrough is set.
-    std::vector<uint8_t> prepareFixedRequest(const uint8_t* request, int32_t length) const;
-
-    const std::vector<uint8_t>& getPacket() const { return packet; }
-    bool getPassThrough() const { return passThrough; }
-
 private:
-    // Frames the items in `packet` (settings request, envelope when passThrough)
-    // and returns a contiguous copy of the whole request.
-    std::vector<uint8_t> finishSettingsRequest(int32_t itemsLength);
-    // Frames and sends the items in `packet`; dumps the request first when asked.
-    int sendSettingsRequest(int32_t itemsLength, bool dumpRequest);
-    // Appends the items of the basic configuration; returns their total size.
-    int32_t appendBasicItems();
+    // The sequences of advancedConfig.
+    int configureOpen();
+    int configureShared();
+    int configureWPAPersonal();
+    int configureWPAEnterprise();
     int sendWPASettings();
-    int32_t appendWEPItems();
+    int configure8021x();
+    int set8021xOptions();
 
-    // Item builders shared by the setting operations.
-    int32_t appendNumericItem(uint8_t group, uint8_t field, uint32_t value);
-    int32_t appendFlagItem(uint8_t group, uint8_t field, uint8_t flag);
-    int32_t appendTextItem(uint8_t group, uint8_t field, const std::string& text, size_t maxValueLength,
-                           bool withZero);
+    // Setting operations: each appends the item (six for the extensions) that
+    // the record's values ask for to `items`, or nothing.
+    void addMode();
+    void addChannel();
+    void addSSID();
+    void addPassword();
+    void addWEPKeys();  // all four
+    void addPSK();
+    void addWEPTransmitKey();
+    void addSecurity();
+    void addWEPAuthMode();
+    void addEncryption();
+    void add8021xUser();
+    void add8021xPassword();
+    void addAuthExtensions();
+    void addInnerAuth();
+    // Asks the printer's certificate manager which certificates it holds and
+    // appends the validate-certificate flag.
+    void addValidateCertificate();
 
-    std::vector<uint8_t> packet;
+    // Mode, security, channel and SSID, in this order.
+    void addNetworkItems();
+    // The four WEP keys, the transmit key and the authentication mode.
+    void addWEPItems();
+
+    // A request as it goes out: in the pass-through envelope when passThrough is set.
+    std::vector<uint8_t> prepare(const std::vector<uint8_t>& request) const;
+    // Frames the settings request of `items`; dumps it first when asked.
+    int sendSettingsRequest(bool dumpRequest);
+    // One read exchange of the queries; returns the answer's byte count.
+    int32_t exchangeRead(const char* traceLabel, npa::Key key, std::vector<uint8_t>& answer);
+
+    std::vector<uint8_t> items;  // of the settings request under construction
     ConfigDetails& config;
     std::unique_ptr<NPAChannel> npaChannel;
     bool passThrough = true;

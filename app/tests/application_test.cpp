@@ -1,199 +1,229 @@
-// The run driver against a configurator and certificate processor that only
-// record what they are asked and answer with scripted results.
+// The run driver with the real configurator and certificate processor, over a
+// scripted printer behind the transport singleton and the fake clock: what
+// each command line puts on the wire, prints and exits with.
 #include <gtest/gtest.h>
 
-#include <unistd.h>
-
-#include <cstdio>
-#include <cstdlib>
+#include <algorithm>
+#include <ctime>
 #include <deque>
-#include <fstream>
-#include <map>
+#include <memory>
 #include <string>
 #include <vector>
 
 #include "app/Application.h"
+#include "tests/support/FakeClock.h"
+#include "tests/support/FakeCommTransport.h"
 #include "tests/support/TempFile.h"
+#include "transport/HCUSBTransport.h"
 
 namespace {
 
-using Calls = std::vector<std::string>;
+using Lines = std::vector<std::string>;
 
-// Records every call of the run driver and answers with scripted results.
-struct FakeTargets : RunTargets {
-    Calls calls;
-    std::map<std::string, std::deque<int>> results;  // per operation, in order; 0 once used up
-    std::vector<uint8_t> sentBytes;
-    int sentTimeLimit = -1;
-    ConfigDetails seenConfig;  // the record as the configurator or processor received it
-    std::string out, err;      // what the run printed
-
-    int answer(const std::string& operation)
-    {
-        calls.push_back(operation);
-        std::deque<int>& queue = results[operation];
-        const int result = queue.empty() ? 0 : queue.front();
-        if (!queue.empty())
-            queue.pop_front();
-        return result;
-    }
-    std::unique_ptr<ConfiguratorPort> createConfigurator(ConfigDetails& config) override;
-    int processCertificateCommand(const std::string& mode, ConfigDetails& config) override
-    {
-        seenConfig = config;
-        return answer("cert " + mode);
-    }
+// What the printer answers (one scripted answer per open; none left: silence)
+// and what reached it.
+struct ScriptedPrinter {
+    std::deque<std::string> answers;
+    Lines paths;   // the USB path of every open
+    Lines writes;  // hex of every request
 };
 
-class FakeConfigurator : public ConfiguratorPort {
+class PrinterConnector : public HCIOConnector {
 public:
-    explicit FakeConfigurator(FakeTargets& log) : m_Log(log) {}
-    ~FakeConfigurator() override { m_Log.calls.push_back("~configurator"); }
-    void setPassThrough(bool on) override { m_Log.calls.push_back(on ? "passThrough(true)" : "passThrough(false)"); }
-    int basicConfig() override { return m_Log.answer("basicConfig"); }
-    int advancedConfig() override { return m_Log.answer("advancedConfig"); }
-    int configurePrinter() override { return m_Log.answer("configurePrinter"); }
-    int resetPrinter() override { return m_Log.answer("resetPrinter"); }
-    int getIPAddress() override { return m_Log.answer("getIPAddress"); }
-    int waitForConnection() override { return m_Log.answer("waitForConnection"); }
-    int pollDeviceStatus() override { return m_Log.answer("pollDeviceStatus"); }
-    int showSSID() override { return m_Log.answer("showSSID"); }
-    int queryAuthStatus() override { return m_Log.answer("queryAuthStatus"); }
-    int queryCertSettings() override { return m_Log.answer("queryCertSettings"); }
-    int sendNPA(const uint8_t* bytes, int32_t length, int timeLimitSeconds) override
+    PrinterConnector(ScriptedPrinter& printer, FakeClock& clock) : m_Printer(printer), m_Clock(clock) {}
+    int open() override
     {
-        m_Log.sentBytes.assign(bytes, bytes + length);
-        m_Log.sentTimeLimit = timeLimitSeconds;
-        return m_Log.answer("sendNPA");
+        if (!m_Printer.answers.empty()) {
+            m_Pending = bytesFromHex(m_Printer.answers.front());
+            m_Printer.answers.pop_front();
+        }
+        return 0;
     }
+    int close() override { return 0; }
+    int32_t read(uint8_t* buffer, int32_t length) override
+    {
+        if (m_Pending.empty())
+            return -1;  // nothing there: what a non-blocking read gives
+        const auto count = static_cast<long>(std::min(m_Pending.size(), static_cast<size_t>(length)));
+        std::copy(m_Pending.begin(), m_Pending.begin() + count, buffer);
+        m_Pending.erase(m_Pending.begin(), m_Pending.begin() + count);
+        return static_cast<int32_t>(count);
+    }
+    int queryDevice(uint8_t*, int32_t) override { return 0; }
+    int32_t write(const uint8_t* buffer, int32_t length) override
+    {
+        m_Printer.writes.push_back(hexOf(std::vector<uint8_t>(buffer, buffer + length)));
+        return length;
+    }
+    IoStatus waitReadable(int32_t) override
+    {
+        if (!m_Pending.empty())
+            return IoStatus::DataReady;
+        m_Clock.waited(1000000);  // a quiet printer lets a second pass per wait
+        return IoStatus::TimedOut;
+    }
+    IoStatus waitWritable(int32_t) override { return IoStatus::WriteReady; }
 
 private:
-    FakeTargets& m_Log;
+    ScriptedPrinter& m_Printer;
+    FakeClock& m_Clock;
+    std::vector<uint8_t> m_Pending;
 };
 
-std::unique_ptr<ConfiguratorPort> FakeTargets::createConfigurator(ConfigDetails& config)
-{
-    calls.push_back("createConfigurator");
-    seenConfig = config;
-    return std::make_unique<FakeConfigurator>(*this);
-}
+struct RunResult {
+    int status;
+    std::string out, err;
+};
 
-int runWith(FakeTargets& targets, std::vector<std::string> args)
-{
-    args.insert(args.begin(), "corvelcfg");
-    std::vector<const char*> argv;
-    for (const std::string& a : args)
-        argv.push_back(a.c_str());
-    testing::internal::CaptureStdout();
-    testing::internal::CaptureStderr();
-    const int status = runCorvelcfg(static_cast<int>(argv.size()), argv.data(), targets);
-    targets.out = testing::internal::GetCapturedStdout();
-    targets.err = testing::internal::GetCapturedStderr();
-    return status;
-}
-
-TEST(Usage, PrintedWithoutArgumentsAndForDashH)
-{
-    const char* const usage =
-        "\n  corvelcfg\n"
-        "\tConfigures printer to connect to other wireless devices.\n"
-        "\n  USAGE:\n"
-        "        corvelcfg --ssid=\"<SSID>\" --mode=\"[Ad-hoc|Managed]\" --security=\"[None|WEP|WPA|WPA2|802.1x]\" /\n"
-        "        --channel=\"[1-6]\" --passwd=\"<password>\" [USB_PATH]\n"
-        "\n  OPTIONS:\n"
-        "      --ssid          Name of the network you want to connect.\n"
-        "      --mode          Type of connection.\n"
-        "      --security      Security of the network you are connecting.\n"
-        "      --channel       Channel of the ad-hoc network you are connecting.\n"
-        "      --password      Password of the network if security is equal to None\n"
-        "\n      -h              displays this help.\n"
-        "      USB_PATH        path of the usb where the printer you want to configure is connected.\n"
-        "\n";
-    for (const std::vector<std::string>& args : {std::vector<std::string>{}, {"-h"}}) {
-        FakeTargets targets;
-        EXPECT_EQ(runWith(targets, args), 0);
-        EXPECT_EQ(targets.out, usage);
-        // Without arguments no configurator is made, so no transport reference is taken.
-        EXPECT_EQ(targets.calls, args.empty() ? Calls() : Calls({"createConfigurator", "~configurator"}));
+class RunDriver : public testing::Test {
+protected:
+    void SetUp() override
+    {
+        HCUSBTransport::setConnectorFactory([this](const char* path) -> std::unique_ptr<HCIOConnector> {
+            printer.paths.push_back(path);
+            return std::make_unique<PrinterConnector>(printer, fake.clock);
+        });
     }
-}
+    void TearDown() override { HCUSBTransport::setConnectorFactory(nullptr); }
 
-TEST(ModeTable, RefusedFirstAttemptIsRepeatedOncePlainWhereTheModeAllows)
-{
-    const struct {
-        const char* mode;
-        const char* operation;
-        bool retries;
-    } modes[] = {
-        {"-r", "resetPrinter", false},      {"-c", "basicConfig", true},        {"-ca", "advancedConfig", true},
-        {"-ip", "getIPAddress", true},      {"-t", "waitForConnection", true},  {"-a", "pollDeviceStatus", false},
-        {"-s", "showSSID", true},           {"-802s", "queryAuthStatus", true}, {"-cer", "queryCertSettings", true},
-        {"-npa", "sendNPA", false},
-    };
-    for (const auto& m : modes) {
-        FakeTargets targets;
-        targets.results[m.operation] = {-1, -1, 0};  // a second refusal is final: no third attempt
-        const int status = runWith(targets, {m.mode});
-        Calls expected{"createConfigurator", m.operation};
-        if (m.retries)
-            expected.insert(expected.end(), {"passThrough(false)", m.operation});
-        expected.push_back("~configurator");
-        EXPECT_EQ(targets.calls, expected) << m.mode;
-        EXPECT_EQ(status, 255) << m.mode;  // -1 leaves the process with its low eight bits
+    RunResult run(std::vector<std::string> args)
+    {
+        args.insert(args.begin(), "corvelcfg");
+        std::vector<const char*> argv;
+        for (const std::string& a : args)
+            argv.push_back(a.c_str());
+        testing::internal::CaptureStdout();
+        testing::internal::CaptureStderr();
+        RunResult result{runCorvelcfg(static_cast<int>(argv.size()), argv.data()), "", ""};
+        result.err = testing::internal::GetCapturedStderr();
+        result.out = testing::internal::GetCapturedStdout();
+        return result;
     }
-}
 
-// Results other than a refusal are final; certificate commands and unknown modes bypass the table.
-TEST(ModeTable, OtherResultsAndModesOutsideTheTable)
+    ScopedFakeClock fake;
+    ScriptedPrinter printer;
+};
+
+// Read requests for one group/field, wrapped in the pass-through envelope and plain.
+std::string plainRead(const std::string& key) { return "A5 00 06 50 E0 D8 00 " + key; }
+std::string wrappedRead(const std::string& key) { return "A5 00 0F 50 E0 63 02 00 09 " + plainRead(key); }
+
+const char* const kRefused = "A5 00 02 D4 00";
+// Mode, security and channel at their defaults.
+const std::string kBasicItems = "28 02 00 00 04 00 00 00 00 28 22 00 00 04 00 00 00 00 28 05 00 00 04 00 00 00 06";
+const std::string kPlainSettings = "A5 00 28 50 E0 DA 01 " + kBasicItems + " 28 08 00 00 04 6E 65 74 00";  // SSID "net"
+const std::string kWrappedSettings = "A5 00 31 50 E0 63 02 00 2B " + kPlainSettings;
+const std::string kPlainNoSSID = "A5 00 1F 50 E0 DA 01 " + kBasicItems;
+const std::string kWrappedNoSSID = "A5 00 28 50 E0 63 02 00 22 " + kPlainNoSSID;
+const std::string kWrappedReset = "A5 00 13 50 E0 63 02 00 0D A5 00 0A 50 E0 DA 01 06 14 00 00 01 01";
+// Every settings request built shows its security value on standard output.
+const std::string kShown = "npa data going: 0";
+
+Lines repeated(const std::string& request, size_t times) { return Lines(times, request); }
+Lines operator+(Lines a, const Lines& b) { return a.insert(a.end(), b.begin(), b.end()), a; }
+
+// Each mode's requests; a refusal (-1) is asked again once in plain form where
+// the mode allows, and the exit status is the result's low eight bits.
+TEST_F(RunDriver, RequestsResultsAndPlainRetries)
 {
+    const TempFile packet("0xa5, 00 6 5");  // blanks, commas and the x skipped; the odd digit dropped
     const struct {
         std::vector<std::string> args;
-        const char* operation;
-        int result;
-        Calls expectedCalls;
-        int expectedStatus;
+        std::deque<std::string> answers;
+        Lines writes;
+        int status;
+        std::string out;
     } cases[] = {
-        {{"-c"}, "basicConfig", 1, {"createConfigurator", "basicConfig", "~configurator"}, 1},
-        {{"-icer"}, "cert -icer", 3, {"cert -icer"}, 3},
-        {{"-rcerdefs"}, "cert -rcerdefs", 3, {"cert -rcerdefs"}, 3},
-        {{"-csr"}, "cert -csr", -1, {"cert -csr"}, 255},
-        // An unknown mode runs the full configuration and succeeds whatever it returns.
-        {{"--ssid=Home", "/dev/usb/lp1"}, "configurePrinter", -1,
-         {"createConfigurator", "configurePrinter", "~configurator"}, 0},
+        {{"-c", "--ssid=net"}, {kRefused, "A5 00 04 50 E0 DA 01"}, {kWrappedSettings, kPlainSettings}, 0, kShown + kShown},
+        {{"-c", "--ssid=net"}, {kRefused, kRefused}, {kWrappedSettings, kPlainSettings}, 255, kShown + kShown},
+        {{"-s"}, {kRefused, "A5 00 0D 50 E0 D8 00 28 08 00 05 " + hexOf("home") + " 00"},
+         {wrappedRead("28 08"), plainRead("28 08")}, 0, "home\n"},
+        {{"-ip"}, {"A5 00 08 50 E0 D8 00 0A 02 C0 A8 01 0A"}, {wrappedRead("0A 02")}, 0, "192.168.1.10\n"},
+        {{"-t"}, {kRefused, kRefused}, {wrappedRead("28 15"), plainRead("28 15")}, 255, ""},
+        {{"-802s"}, {"A5 00 12 50 E0 63 02 00 0C A5 00 09 50 E0 D8 00 2A 1D 00 01 02"}, {wrappedRead("2A 1D")}, 2, ""},
+        {{"-802s"}, {}, {wrappedRead("2A 1D"), plainRead("2A 1D")}, 255, ""},
+        {{"-cer"}, {}, {wrappedRead("2A 06"), wrappedRead("2A 0A")}, 0, ""},
+        // Reset and device status are never asked again in plain form.
+        {{"-r"}, {kRefused, kRefused}, repeated(kWrappedReset, 2), 1, ""},
+        {{"-a"}, {"A5 00 02 50 2D"}, {wrappedRead("06 1F")}, 0, ""},
+        {{"-npa", "-file", packet.path}, {}, {"0A 50 06"}, 0, "npaFileData: (7 bytes) 0a50065\n"},
+        {{"-npa", "-file", "/nonexistent/read.hex"}, {}, {""}, 0, ""},  // no file: an empty packet
+        // Any other first argument runs the whole configuration (options unread) and always succeeds.
+        {{"--ssid=net"}, {},
+         Lines{kWrappedNoSSID, kPlainNoSSID} + repeated(plainRead("28 15"), 4) + repeated(plainRead("0A 02"), 7), 0,
+         kShown + "Configuring the printer....\nResetting the printer....\nConnecting to wireless network...." + kShown +
+             kShown + "Acquiring network address....\nIP-ADDRESS : "},
     };
     for (const auto& c : cases) {
-        FakeTargets targets;
-        targets.results[c.operation] = {c.result};
-        EXPECT_EQ(runWith(targets, c.args), c.expectedStatus) << c.args[0];
-        EXPECT_EQ(targets.calls, c.expectedCalls) << c.args[0];
+        SCOPED_TRACE(c.args[0] + (c.args.size() > 1 ? " " + c.args[1] : ""));
+        printer = ScriptedPrinter{c.answers, {}, {}};
+        const RunResult result = run(c.args);
+        EXPECT_EQ(printer.writes, c.writes);
+        EXPECT_EQ(result.status, c.status);
+        EXPECT_EQ(result.out, c.out);
     }
 }
 
-TEST(FormChoice, TheModeDecidesHowTheRecordIsFilled)
+// The raw packet's answer is collected for ten seconds after the 2-second
+// wait; a silent printer lets five seconds pass per read.
+TEST_F(RunDriver, RawPacketAnswerIsAwaitedTenSeconds)
+{
+    run({"-npa"});
+    const std::time_t waited = fake.clock.now() - fake.clock.start;
+    EXPECT_GE(waited, 2 + 10);
+    EXPECT_LT(waited, 2 + 10 + 5);
+}
+
+TEST_F(RunDriver, CertificateCommandsGoToTheCertificateManager)
+{
+    const RunResult result = run({"-rcerdefs", "2:5"});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_NE(result.err.find("D [CVL] Failed to read certificate defaults!\n"), std::string::npos);
+    ASSERT_FALSE(printer.writes.empty());
+    EXPECT_EQ(printer.writes[0].substr(0, 11), "A5 00 10 80");  // the certificate manager's opening packet
+    EXPECT_EQ(printer.paths[0], "2:5");
+}
+
+// The mode decides the record's form: options, a settings file, or the USB path alone.
+TEST_F(RunDriver, TheModeDecidesHowTheRecordIsFilled)
 {
     const TempFile settings("--ssid=\"Office Net\"\n");
     const struct {
         std::vector<std::string> args;
-        const char* ssid;
-        const char* usbPath;
+        const char* path;
+        const char* ssid;  // in the first request
     } cases[] = {
-        {{"-ca", "--ssid=net", "2:5"}, "net", "2:5"},  // option form
-        {{"-icer", "--ssid=net", "2:5"}, "net", "2:5"},
-        {{"-c", "-file", settings.path, "/dev/usb/lp5", "--ssid=ignored"}, "Office Net", "/dev/usb/lp5"},
-        {{"-csr", "-file", settings.path}, "Office Net", "/dev/usb/lp0"},
-        {{"-npa", "--ssid=net", "/dev/usb/lp2"}, "", "/dev/usb/lp0"},  // nothing at all
-        {{"-s", "--ssid=net", "/dev/usb/lp2"}, "", "/dev/usb/lp2"},    // the path only
-        {{"whatever", "--ssid=net", "/dev/usb/lp2"}, "", "/dev/usb/lp2"},
+        {{"-c", "--ssid=net", "2:5"}, "2:5", "net"},
+        {{"-c", "-file", settings.path, "/dev/usb/lp5", "--ssid=ignored"}, "/dev/usb/lp5", "Office Net"},
+        {{"-ca", "-file", settings.path}, "", ""},  // no security: nothing to send
+        {{"-npa", "--ssid=net", "/dev/usb/lp2"}, "/dev/usb/lp0", ""},
+        {{"-s", "--ssid=net", "/dev/usb/lp2"}, "/dev/usb/lp2", ""},
+        {{"-npa", "-file", settings.path}, settings.path.c_str(), ""},  // a file name without '-' is a path too
     };
     for (const auto& c : cases) {
-        FakeTargets targets;
-        runWith(targets, c.args);
-        EXPECT_EQ(targets.seenConfig.ssid, c.ssid) << c.args[0] << " " << c.args[1];
-        EXPECT_EQ(targets.seenConfig.usbPath, c.usbPath) << c.args[0] << " " << c.args[1];
+        SCOPED_TRACE(c.args[0] + " " + c.args[1]);
+        printer = ScriptedPrinter{};
+        run(c.args);
+        EXPECT_EQ(printer.paths.empty() ? "" : printer.paths[0], c.path);
+        if (*c.ssid != '\0') {
+            ASSERT_FALSE(printer.writes.empty());
+            EXPECT_NE(printer.writes[0].find(hexOf(c.ssid)), std::string::npos);
+        }
     }
 }
 
-TEST(FormChoice, UnreadableInputFileFailsBeforeAnythingIsCreated)
+TEST_F(RunDriver, UsageWithoutArgumentsAndForDashH)
+{
+    const RunResult bare = run({});
+    const RunResult help = run({"-h"});
+    EXPECT_EQ(bare.status, 0);
+    EXPECT_EQ(help.status, 0);
+    EXPECT_NE(bare.out.find("USAGE:"), std::string::npos);
+    EXPECT_EQ(help.out, bare.out);
+    EXPECT_TRUE(printer.paths.empty());
+}
+
+TEST_F(RunDriver, UnreadableInputFileStopsTheRunBeforeAnyExchange)
 {
     const struct {
         std::vector<std::string> args;
@@ -206,31 +236,13 @@ TEST(FormChoice, UnreadableInputFileFailsBeforeAnythingIsCreated)
         {{"-npa", "-file"}, "D [CVL] -file needs the name of a packet file!\n"},
     };
     for (const auto& c : cases) {
-        FakeTargets targets;
-        EXPECT_EQ(runWith(targets, c.args), kInputFileError) << c.args[0];
-        EXPECT_EQ(targets.err, c.message);
-        EXPECT_EQ(targets.out, "");
-        EXPECT_TRUE(targets.calls.empty()) << c.args[0];
+        SCOPED_TRACE(c.message);
+        const RunResult result = run(c.args);
+        EXPECT_EQ(result.status, kInputFileError);
+        EXPECT_EQ(result.err, c.message);
+        EXPECT_EQ(result.out, "");
+        EXPECT_TRUE(printer.paths.empty());
     }
-}
-
-TEST(RawPacket, HexDigitsAreSentAsBytesWithATenSecondLimit)
-{
-    // Blanks, commas and the x of 0x are skipped; the unpaired last digit is dropped.
-    const TempFile packet("0xa5, 00 6 5");
-    FakeTargets targets;
-    EXPECT_EQ(runWith(targets, {"-npa", "-file", packet.path}), 0);
-    EXPECT_EQ(targets.sentBytes, (std::vector<uint8_t>{0x0A, 0x50, 0x06}));
-    EXPECT_EQ(targets.sentTimeLimit, 10);
-    EXPECT_EQ(targets.out, "npaFileData: (7 bytes) 0a50065\n");
-    EXPECT_EQ(targets.err, "D [CVL] NPA data: 3 bytes\n0A 50 06 |.P.\n");
-    EXPECT_EQ(targets.seenConfig.usbPath, packet.path);  // a file name without '-' is a path too
-
-    // A missing packet file is no failure: an empty packet goes out.
-    FakeTargets missing;
-    EXPECT_EQ(runWith(missing, {"-npa", "-file", "/nonexistent/read.hex"}), 0);
-    EXPECT_EQ(missing.err, "D [CVL] NPA data: 0 bytes\n");
-    EXPECT_EQ(missing.calls, (Calls{"createConfigurator", "sendNPA", "~configurator"}));
 }
 
 }  // namespace

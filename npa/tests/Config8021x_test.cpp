@@ -3,7 +3,6 @@
 // request is tested end to end.)
 #include <gtest/gtest.h>
 
-#include "npa/ByteOrder.h"
 #include "npa/tests/NpaTestSupport.h"
 #include "tests/support/CertAnswers.h"
 
@@ -11,18 +10,6 @@ namespace {
 
 const char* const kAccepted = "A5 00 04 50 E0 DA 01 01";
 const char* const kStatusAnswer = "A5 00 09 50 E0 D8 00 2A 1D 00 01 02";
-
-// "group/field" of every item of a plain settings request, in order.
-std::string itemKeys(const std::vector<uint8_t>& request)
-{
-    std::string keys;
-    for (size_t at = 7; at + 5 <= request.size(); at += 5 + fromBigEndian(&request[at + 3], 2)) {
-        char key[8];
-        std::snprintf(key, sizeof key, "%02X/%02X", request[at], request[at + 1]);
-        keys += (keys.empty() ? "" : " ") + std::string(key);
-    }
-    return keys;
-}
 
 bool isCertificateCall(const std::vector<uint8_t>& request) { return request.size() > 3 && request[3] == 0x80; }
 
@@ -49,7 +36,7 @@ TEST(Config8021x, ValidateFlagFollowsThePrintersCertificateLists)
         t.transport.addAnswer(kAccepted);
         t.transport.addAnswer(kAccepted);
         t.transport.addAnswer(kStatusAnswer);
-        const Captured captured = captureOutput([&] { EXPECT_EQ(t.configurator.configure8021x(), 0) << c.name; });
+        const Captured captured = captureOutput([&] { EXPECT_EQ(t.configurator.advancedConfig(), 0) << c.name; });
 
         ASSERT_EQ(t.transport.writes.size(), c.answers.size() + 3) << c.name;
         for (size_t i = 0; i < c.answers.size(); ++i) EXPECT_TRUE(isCertificateCall(t.transport.writes[i])) << c.name;

@@ -2,8 +2,10 @@
 // output capture.
 #pragma once
 
+#include <algorithm>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "npa/WirelessConfigurator.h"
 #include "tests/support/CaptureOutput.h"
@@ -11,6 +13,34 @@
 #include "tests/support/FakeCommTransport.h"
 
 #include <gtest/gtest.h>
+
+// The items of a plain settings request in hex ("28 05 00 00 04 00 00 00 06"),
+// in order; none for another request. The items must fill the request exactly.
+inline std::vector<std::string> settingsItems(const std::vector<uint8_t>& request)
+{
+    std::vector<std::string> items;
+    if (request.size() < 7 || request[4] != 0xE0 || request[5] != 0xDA) {
+        return items;
+    }
+    size_t at = 7;  // after A5, length, flags and E0 DA 01
+    while (at + 5 <= request.size()) {
+        const size_t end = std::min(request.size(), at + 5 + (request[at + 3] << 8 | request[at + 4]));
+        items.push_back(hexOf(std::vector<uint8_t>(request.begin() + at, request.begin() + end)));
+        at = end;
+    }
+    EXPECT_EQ(at, request.size()) << "the items must fill the request exactly";
+    return items;
+}
+
+// "group/field" of every item of a plain settings request, in order.
+inline std::string itemKeys(const std::vector<uint8_t>& request)
+{
+    std::string keys;
+    for (const std::string& item : settingsItems(request)) {
+        keys += (keys.empty() ? "" : " ") + item.substr(0, 2) + "/" + item.substr(3, 2);
+    }
+    return keys;
+}
 
 // A configurator on a fake transport and a fake clock; its password prompt
 // answers "typed" and counts the prompts.
