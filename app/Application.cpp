@@ -8,7 +8,7 @@
 
 #include "cert/CertProc.h"
 #include "npa/WirelessConfigurator.h"
-#include "transport/HCUSBTransport.h"
+#include "transport/HexDump.h"
 
 namespace {
 

@@ -4,7 +4,7 @@
 
 #include "npa/NpaFrame.h"
 #include "npa/WirelessConfigurator.h"
-#include "transport/HCUSBTransport.h"
+#include "transport/HexDump.h"
 
 namespace {
 

@@ -5,7 +5,7 @@
 
 #include "npa/NpaFrame.h"
 #include "npa/WirelessConfigurator.h"
-#include "transport/HCUSBTransport.h"
+#include "transport/HexDump.h"
 
 namespace {
 

@@ -4,7 +4,7 @@
 #include <cstdio>
 
 #include "npa/PasswordPrompt.h"
-#include "transport/HCUSBTransport.h"
+#include "transport/HexDump.h"
 
 WirelessConfigurator::WirelessConfigurator(ConfigDetails& details)
     : WirelessConfigurator(details, std::make_unique<NPAChannel>(details.usbPath))

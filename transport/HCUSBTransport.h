@@ -35,11 +35,3 @@ private:
     static HCUSBTransport* m_Instance;
     static uint32_t m_RefCount;
 };
-
-// Writes `count` bytes to standard error, 16 a line: hex pairs, '|', printable characters.
-void hexDump(const uint8_t* bytes, int32_t count);
-
-// Converts hexadecimal text into a new byte array (caller frees with delete[]).
-// Returns the byte count (half the digits, rounded down); 0 and no array for an
-// empty text or a text with a character that is no hexadecimal digit.
-int32_t hexToBytes(const char* text, uint8_t** bytes);

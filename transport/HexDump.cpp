@@ -4,7 +4,7 @@
 #include <cstdio>
 #include <cstring>
 
-#include "transport/HCUSBTransport.h"
+#include "transport/HexDump.h"
 
 namespace {
 

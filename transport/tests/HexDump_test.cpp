@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-#include "transport/HCUSBTransport.h"
+#include "transport/HexDump.h"
 
 namespace {
 
