@@ -6,6 +6,7 @@
 #include <cstdlib>
 
 #include "transport/Clock.h"
+#include "transport/MutexLock.h"
 
 namespace {
 
@@ -15,18 +16,6 @@ constexpr int kReadWaitMs = 10000;     // a read waits this long for each missin
 constexpr int kWriteLimitMs = 5000;    // time limit of one bulk write
 constexpr uint8_t kBulkTransfer = 2;   // bmAttributes & 3
 constexpr uint8_t kDirectionIn = 0x80; // bit 7 of bEndpointAddress
-
-// Holds a mutex for one scope.
-class LockGuard {
-public:
-    explicit LockGuard(pthread_mutex_t& mutex) : m_Mutex(mutex) { pthread_mutex_lock(&m_Mutex); }
-    ~LockGuard() { pthread_mutex_unlock(&m_Mutex); }
-    LockGuard(const LockGuard&) = delete;
-    LockGuard& operator=(const LockGuard&) = delete;
-
-private:
-    pthread_mutex_t& m_Mutex;
-};
 
 // The first alternate setting of `interface` with the class, or none.
 const usb_interface_descriptor* settingOfClass(const usb_interface& interface, uint8_t interfaceClass)
@@ -120,8 +109,8 @@ int LibUsbConnector::close()
     int result = 1;
     {
         // Always the write lock first, then the read lock.
-        LockGuard writeGuard(m_WriteLock);
-        LockGuard readGuard(m_ReadLock);
+        MutexLock writeGuard(m_WriteLock);
+        MutexLock readGuard(m_ReadLock);
         if (m_Handle != nullptr) {
             m_Usb.releaseInterface(m_Handle, m_Interface);
             m_Usb.close(m_Handle);
@@ -144,7 +133,7 @@ IoStatus LibUsbConnector::waitReadable(int32_t timeLimit)
     const int size = m_MaxPacketSize > 0 && m_MaxPacketSize <= int32_t(sizeof packet) ? m_MaxPacketSize : 32;
     IoStatus status;
     {
-        LockGuard guard(m_ReadLock);
+        MutexLock guard(m_ReadLock);
         const int got = m_Usb.bulkRead(m_Handle, m_InEndpoint, reinterpret_cast<char*>(packet), size, timeLimit);
         if (got > 0 && m_ReadBuffer.freeSpace() > size_t(got) && m_ReadBuffer.put(packet, size_t(got))) {
             status = IoStatus::DataReady;
@@ -183,7 +172,7 @@ int32_t LibUsbConnector::write(const uint8_t* buffer, int32_t length)
     if (m_Handle == nullptr || buffer == nullptr || length <= 0) return 0;
     const int pieceSize = m_MaxPacketSize > 0 ? m_MaxPacketSize : 32;
     int32_t remaining = length;
-    LockGuard guard(m_WriteLock);
+    MutexLock guard(m_WriteLock);
     int fruitlessTries = 0;
     while (remaining > 0) {
         const int piece = remaining < pieceSize ? remaining : pieceSize;

@@ -11,23 +11,12 @@
 #include <cstring>
 
 #include "transport/Clock.h"
+#include "transport/MutexLock.h"
 
 namespace {
 
 // Longest prefix that still leaves room for a number and the terminator.
 constexpr size_t kLongestPrefix = 62;
-
-// Holds a mutex for one scope.
-class LockGuard {
-public:
-    explicit LockGuard(pthread_mutex_t& mutex) : m_Mutex(mutex) { pthread_mutex_lock(&m_Mutex); }
-    ~LockGuard() { pthread_mutex_unlock(&m_Mutex); }
-    LockGuard(const LockGuard&) = delete;
-    LockGuard& operator=(const LockGuard&) = delete;
-
-private:
-    pthread_mutex_t& m_Mutex;
-};
 
 }  // namespace
 
@@ -75,8 +64,8 @@ int USBLPConnector::close()
     int result = 1;
     {
         // Always the write lock first, then the read lock.
-        LockGuard writeGuard(m_WriteLock);
-        LockGuard readGuard(m_ReadLock);
+        MutexLock writeGuard(m_WriteLock);
+        MutexLock readGuard(m_ReadLock);
         if (m_Fd >= 0 && ::close(m_Fd) == 0) {
             m_Fd = -1;
             result = 0;
@@ -112,7 +101,7 @@ int32_t USBLPConnector::read(uint8_t* buffer, int32_t length)
     }
     ssize_t got;
     {
-        LockGuard guard(m_ReadLock);
+        MutexLock guard(m_ReadLock);
         got = ::read(m_Fd, buffer, static_cast<size_t>(length));
     }
     if (got < 0) {
@@ -139,7 +128,7 @@ int32_t USBLPConnector::write(const uint8_t* buffer, int32_t length)
     }
     ssize_t written;
     {
-        LockGuard guard(m_WriteLock);
+        MutexLock guard(m_WriteLock);
         written = ::write(m_Fd, buffer, static_cast<size_t>(length));
     }
     if (written < 0) {
