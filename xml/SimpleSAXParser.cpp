@@ -45,6 +45,22 @@ size_t findFrom(const char* text, size_t length, size_t from, const char* what)
     return hit == nullptr ? length : static_cast<size_t>(hit - text);
 }
 
+// Moves `pos` past whitespace.
+void skipWhitespace(const char* text, size_t length, size_t& pos)
+{
+    while (pos < length && isWhitespace(static_cast<unsigned char>(text[pos]))) {
+        ++pos;
+    }
+}
+
+// Moves `pos` past the characters a name may hold after its first.
+void skipNameChars(const char* text, size_t length, size_t& pos)
+{
+    while (pos < length && isNameChar(static_cast<unsigned char>(text[pos]))) {
+        ++pos;
+    }
+}
+
 } // namespace
 
 SimpleSAXParser::SimpleSAXParser(SimpleSAXHandler* handler) : m_Handler(handler) {}
@@ -169,9 +185,7 @@ int SimpleSAXParser::parseStartTag(Run& run, std::string& name, attributes& attr
         return -1;
     }
     for (;;) {
-        while (run.pos < run.length && isWhitespace(static_cast<unsigned char>(run.text[run.pos]))) {
-            ++run.pos;
-        }
+        skipWhitespace(run.text, run.length, run.pos);
         if (run.pos >= run.length || run.text[run.pos] == '>') {
             break;
         }
@@ -198,9 +212,7 @@ int SimpleSAXParser::parseEndTag(Run& run, const std::string& expected)
     if (parseName(run, name) != 0 || name != expected) {
         return -1;
     }
-    while (run.pos < run.length && isWhitespace(static_cast<unsigned char>(run.text[run.pos]))) {
-        ++run.pos;
-    }
+    skipWhitespace(run.text, run.length, run.pos);
     if (run.pos >= run.length || run.text[run.pos] != '>') {
         return -1;
     }
@@ -220,9 +232,7 @@ int SimpleSAXParser::parseName(Run& run, std::string& name)
         return -1;
     }
     const size_t begin = run.pos;
-    while (run.pos < run.length && isNameChar(static_cast<unsigned char>(run.text[run.pos]))) {
-        ++run.pos;
-    }
+    skipNameChars(run.text, run.length, run.pos);
     name.assign(run.text + begin, run.pos - begin);
     return 0;
 }
@@ -235,20 +245,14 @@ int SimpleSAXParser::parseAttribute(Run& run, attributes& attrs)
         return -1;
     }
     const size_t nameBegin = run.pos;
-    while (run.pos < run.length && isNameChar(static_cast<unsigned char>(run.text[run.pos]))) {
-        ++run.pos;
-    }
+    skipNameChars(run.text, run.length, run.pos);
     const std::string name(run.text + nameBegin, run.pos - nameBegin);
-    while (run.pos < run.length && isWhitespace(static_cast<unsigned char>(run.text[run.pos]))) {
-        ++run.pos;
-    }
+    skipWhitespace(run.text, run.length, run.pos);
     if (run.pos >= run.length || run.text[run.pos] != '=') {
         return -1;
     }
     ++run.pos;
-    while (run.pos < run.length && isWhitespace(static_cast<unsigned char>(run.text[run.pos]))) {
-        ++run.pos;
-    }
+    skipWhitespace(run.text, run.length, run.pos);
     if (run.pos >= run.length || run.text[run.pos] != '"') {
         return -1;
     }
@@ -264,9 +268,7 @@ int SimpleSAXParser::parseAttribute(Run& run, attributes& attrs)
 // A text run: leading whitespace dropped, everything up to the next '<'.
 void SimpleSAXParser::parseText(Run& run)
 {
-    while (run.pos < run.length && isWhitespace(static_cast<unsigned char>(run.text[run.pos]))) {
-        ++run.pos;
-    }
+    skipWhitespace(run.text, run.length, run.pos);
     const size_t begin = run.pos;
     const void* lt = std::memchr(run.text + begin, '<', run.length - begin);
     run.pos = lt == nullptr ? run.length : static_cast<const char*>(lt) - run.text;

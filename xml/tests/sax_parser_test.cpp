@@ -75,7 +75,7 @@ const ParseCase kCases[] = {
      0, ""},
     {"TextEndsAtFirstNul", std::string("<a>x\0</a>", 9), "start a\ntext [x] 1\n", 0, ""},
     // Cut-off tags: the tag counts as ended and is reported.
-    {"CutInsideStartTag", "<r><a b=\"1\"", "start r\nstart a b=[1]\n", 0, ""},
+    {"CutInsideStartTag", "<r><a b=\"1\"  ", "start r\nstart a b=[1]\n", 0, ""},
     {"CutInsideAttributeValue", "<r><a b=\"xy", "start r\nstart a b=[xy]\n", 0, ""},
     {"CutAfterEquals", "<r><a b=", "start r\n", -1, "<<end of string>>\n"},
     {"CutInsideEndTag", "<r></r", "start r\n", -1, "<<end of string>>\n"},
