@@ -39,6 +39,12 @@ start=$(date +%s%N)
 ms=$((($(date +%s%N) - start) / 1000000))
 printf '(%d.%d s; trace in %s)\n' $((ms / 1000)) $((ms % 1000 / 100)) "$demo/full.log"
 
+step "802.1x with certificates: the README's walk, run as written" "scripts/readme-walk.sh | bash"
+rm -rf "$demo/walk"
+mkdir -p "$demo/walk"
+scripts/readme-walk.sh >"$demo/walk/walk.sh"
+(cd "$demo/walk" && PATH="$PWD/../../release/app:$PWD/../../release/sim:$PATH" bash walk.sh 2>walk.log | grep -v '^#')
+
 printf '\nThe simulated printer logged %d requests in %s; its state is in %s.\n' \
   "$(wc -l <"$demo/requests.jsonl")" "$demo/requests.jsonl" "$demo/printer.state"
 echo "Against a real printer, run the same commands without corvelsim, e.g.: $cfg -s /dev/usb/lp0"
