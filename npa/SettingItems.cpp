@@ -2,9 +2,9 @@
 // item of the settings request under construction.
 #include <cstdio>
 #include <cstdlib>
-#include <cctype>
 #include <string>
 
+#include "common/LeadingNumber.h"
 #include "npa/NpaFrame.h"
 #include "npa/WirelessConfigurator.h"
 
@@ -19,29 +19,6 @@ constexpr size_t kNoLimit = 0xFFFF;             // only the 16-bit length field 
 int length(const std::string& text)
 {
     return static_cast<int>(text.size());
-}
-
-// The number at the start of `text` as atoi reads it (blanks, sign, digits),
-// but without overflow: only the low 8 bits are ever sent.
-uint8_t lowByteOfLeadingNumber(const std::string& text)
-{
-    size_t i = 0;
-    while (i < text.size() && std::isspace(static_cast<unsigned char>(text[i])) != 0) {
-        ++i;
-    }
-    bool negative = false;
-    if (i < text.size() && (text[i] == '+' || text[i] == '-')) {
-        negative = text[i] == '-';
-        ++i;
-    }
-    uint32_t value = 0;  // unsigned arithmetic wraps instead of overflowing
-    for (; i < text.size() && text[i] >= '0' && text[i] <= '9'; ++i) {
-        value = value * 10 + static_cast<uint32_t>(text[i] - '0');
-    }
-    if (negative) {
-        value = 0u - value;
-    }
-    return static_cast<uint8_t>(value & 0xFF);
 }
 
 uint32_t channelNumber(const std::string& channel)
@@ -185,7 +162,7 @@ void WirelessConfigurator::addWEPTransmitKey()
 {
     std::fprintf(stderr, "D [CVL] WEP Transmit key = %s\n", config.wepTransmit.c_str());
     const std::string key = config.wepTransmit.empty() ? "1" : config.wepTransmit;
-    npa::appendNumericItem(items, npa::kWEPTransmitKey, lowByteOfLeadingNumber(key));
+    npa::appendNumericItem(items, npa::kWEPTransmitKey, readLeadingNumber(key).lowByte);
 }
 
 void WirelessConfigurator::addSecurity()

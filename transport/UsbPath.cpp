@@ -1,18 +1,14 @@
 // Reading a USB path into a device-node number or a bus and device pair.
 #include "transport/UsbPath.h"
 
-#include <climits>
 #include <cstring>
+
+#include "common/LeadingNumber.h"
 
 namespace {
 
 // Longest text the bus or the device number is read from.
 constexpr size_t kLongestBusDeviceText = 9;
-
-bool isBlank(char c)
-{
-    return c == ' ' || c == '\t' || c == '\n' || c == '\v' || c == '\f' || c == '\r';
-}
 
 UsbPath readDeviceNodePath(const char* path)
 {
@@ -28,7 +24,7 @@ UsbPath readDeviceNodePath(const char* path)
         return result;
     }
     result.shape = UsbPath::Shape::DeviceNode;
-    result.deviceNumber = readAtoiNumber(number, std::strlen(number));
+    result.deviceNumber = readLeadingNumber(number, std::strlen(number)).value;
     return result;
 }
 
@@ -41,41 +37,12 @@ UsbPath readBusDevicePath(const char* path, const char* colon)
         return result;
     }
     result.shape = UsbPath::Shape::BusDevice;
-    result.bus = readAtoiNumber(path, busLength);
-    result.device = readAtoiNumber(deviceText, kLongestBusDeviceText);
+    result.bus = readLeadingNumber(path, busLength).value;
+    result.device = readLeadingNumber(deviceText, kLongestBusDeviceText).value;
     return result;
 }
 
 }  // namespace
-
-int readAtoiNumber(const char* text, size_t maxChars)
-{
-    size_t i = 0;
-    while (i < maxChars && text[i] != '\0' && isBlank(text[i])) {
-        ++i;
-    }
-    bool negative = false;
-    if (i < maxChars && (text[i] == '+' || text[i] == '-')) {
-        negative = text[i] == '-';
-        ++i;
-    }
-    long long value = 0;
-    for (; i < maxChars && text[i] >= '0' && text[i] <= '9'; ++i) {
-        if (value <= INT_MAX) {  // stop growing once out of range; clamped below
-            value = value * 10 + (text[i] - '0');
-        }
-    }
-    if (negative) {
-        value = -value;
-    }
-    if (value > INT_MAX) {
-        return INT_MAX;
-    }
-    if (value < INT_MIN) {
-        return INT_MIN;
-    }
-    return static_cast<int>(value);
-}
 
 UsbPath parseUsbPath(const char* path)
 {

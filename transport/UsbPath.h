@@ -1,8 +1,6 @@
 // Reading a USB path: which printer it names and how to reach it.
 #pragma once
 
-#include <cstddef>
-
 struct UsbPath {
     enum class Shape {
         DeviceNode,  // a path containing "/dev/usb": the printer device node
@@ -25,6 +23,3 @@ struct UsbPath {
 // Numbers are read like atoi (blanks, sign, digits; no digits reads 0), with
 // values beyond the int range clamped instead of overflowing.
 UsbPath parseUsbPath(const char* path);
-
-// The atoi reading used above, on at most `maxChars` characters of `text`.
-int readAtoiNumber(const char* text, size_t maxChars);

@@ -1,10 +1,9 @@
 #include "xml/ObjStoreResponse.h"
 
-#include <climits>
 #include <cstdio>
-#include <cstdlib>
 
 #include "cert/Base64.h"
+#include "common/LeadingNumber.h"
 #include "xml/SimpleXPath.h"
 
 namespace {
@@ -25,14 +24,6 @@ const char* const kCommonNamePath = "/response/MapElem/child[@name='x509_CN']/St
 const char* const kAltNamePath = "/response/MapElem/child[@name='x509_AN']/StringElem";
 const char* const kListItemFormat = "/response/MapElem/child[@name='cert_list']/ListElem/StringElem[%d]";
 
-// Reads a number as atoi does, but clamped to the int range: atoi is undefined
-// for a number too long for an int, and a printer could send one.
-int toInt(const std::string& text)
-{
-    const long value = std::strtol(text.c_str(), nullptr, 10);
-    return value > INT_MAX ? INT_MAX : value < INT_MIN ? INT_MIN : static_cast<int>(value);
-}
-
 } // namespace
 
 void ObjStoreResponse::setResponse(const char* xml)
@@ -42,7 +33,7 @@ void ObjStoreResponse::setResponse(const char* xml)
 
 int ObjStoreResponse::getStatusCode() const
 {
-    return toInt(simpleXPath(m_Response).evaluate(kStatusCodePath));
+    return readLeadingNumber(simpleXPath(m_Response).evaluate(kStatusCodePath)).value;
 }
 
 std::string ObjStoreResponse::getStatusMessage() const

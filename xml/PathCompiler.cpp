@@ -1,5 +1,7 @@
 #include "xml/PathCompiler.h"
 
+#include "common/LeadingNumber.h"
+
 const char* const kIndexPredicate = "<INDEX>";
 const char* const kUndefinedPredicate = "<UNDEFINED>";
 
@@ -14,34 +16,6 @@ std::string trimSpaces(const std::string& text)
     }
     const size_t last = text.find_last_not_of(' ');
     return text.substr(first, last - first + 1);
-}
-
-bool isSpaceForAtoi(char c)
-{
-    return c == ' ' || c == '\t' || c == '\n' || c == '\v' || c == '\f' || c == '\r';
-}
-
-// The leading decimal integer as atoi reads it, saturated so that a long run
-// of digits cannot overflow (only 1 to 9 matter to the caller).
-long leadingInteger(const std::string& text)
-{
-    size_t pos = 0;
-    while (pos < text.size() && isSpaceForAtoi(text[pos])) {
-        ++pos;
-    }
-    bool negative = false;
-    if (pos < text.size() && (text[pos] == '+' || text[pos] == '-')) {
-        negative = text[pos] == '-';
-        ++pos;
-    }
-    long value = 0;
-    while (pos < text.size() && text[pos] >= '0' && text[pos] <= '9') {
-        if (value < 1000000) {
-            value = value * 10 + (text[pos] - '0');
-        }
-        ++pos;
-    }
-    return negative ? -value : value;
 }
 
 } // namespace
@@ -60,10 +34,10 @@ PathNode compileStep(const std::string& step)
     }
     const std::string inner = step.substr(open + 1, close - open - 1);
 
-    const long position = leadingInteger(trimSpaces(inner));
+    const int position = readLeadingNumber(trimSpaces(inner)).value;
     if (position >= 1 && position <= 9) {
         node.predicateName = kIndexPredicate;
-        node.index = static_cast<int>(position);
+        node.index = position;
         return node;
     }
     const size_t at = inner.find('@');

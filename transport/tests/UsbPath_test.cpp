@@ -44,23 +44,4 @@ TEST(UsbPathTest, ReadsBothShapesAndRefusesTheRest)
     EXPECT_EQ(parseUsbPath(nullptr).shape, Shape::Invalid);
 }
 
-TEST(UsbPathTest, NumbersReadLikeAtoiWithoutOverflow)
-{
-    const struct {
-        const char* text;
-        size_t maxChars;
-        int expected;
-    } cases[] = {
-        {"  \t+7z", 9, 7},
-        {"-12", 9, -12},
-        {"abc", 9, 0},
-        {"- 5", 9, 0},                          // a sign must touch the digits
-        {"123456789", 4, 1234},                 // only the allowed characters are read
-        {"99999999999999999999", 20, INT_MAX},  // clamped, not overflowed
-        {"-99999999999999999999", 21, INT_MIN},
-    };
-    for (const auto& c : cases)
-        EXPECT_EQ(readAtoiNumber(c.text, c.maxChars), c.expected) << c.text;
-}
-
 }  // namespace
