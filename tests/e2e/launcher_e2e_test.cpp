@@ -52,7 +52,8 @@ TEST(Launcher, CommandStartsWithDefaultSignalsAndNothingBlocked)
 TEST(Launcher, SignalEndsTheCommandAndOneThatOutlivesSigtermIsKilled)
 {
     // The command sends corvelsim (its parent) the signal itself, so that the
-    // test knows the command is running by then.
+    // test knows the command is running by then. At --speed 1 the sleep lasts
+    // 30 real seconds, far beyond the 10 allowed here.
     const struct {
         const char* name;
         const char* script;
@@ -63,16 +64,22 @@ TEST(Launcher, SignalEndsTheCommandAndOneThatOutlivesSigtermIsKilled)
         {"SIGHUP too", "kill -HUP $PPID; exec sleep 30", 128 + SIGTERM, false},
         {"SIGTERM ignored", "trap '' TERM; kill -TERM $PPID; exec sleep 30", 128 + SIGKILL, true},
         // The umockdev preload blocks signals while an open waits for a FIFO's
-        // writer; the signal goes once cat waits there.
-        {"stuck opening a FIFO",
-         "mkfifo fifo; (until grep -q wait_for_partner /proc/$$/wchan; do sleep 0.01; done; kill -TERM $PPID) & "
-         "exec cat fifo",
+        // writer; the signal goes once cat waits there. Should cat outlive
+        // corvelsim, the FIFO opened for writing lets it end after some 20 s.
+        {"stuck opening a FIFO", R"(mkfifo fifo
+            (
+              for i in $(seq 1000); do grep -q wait_for_partner /proc/$$/wchan && break; sleep 0.01; done
+              kill -TERM $PPID
+              for i in $(seq 2000); do kill -0 $$ 2>/dev/null || exit 0; sleep 0.01; done
+              exec 3<>fifo
+            ) &
+            exec cat fifo)",
          128 + SIGKILL, true},
     };
     for (const auto& c : cases) {
         SimDir dir;
         auto start = std::chrono::steady_clock::now();
-        SimRun run = runSim(dir, {"--kill-after", "300"}, {"/bin/sh", "-c", c.script});
+        SimRun run = runSim(dir, {"--speed", "1", "--kill-after", "300"}, {"/bin/sh", "-c", c.script});
         auto elapsed = std::chrono::steady_clock::now() - start;
         EXPECT_EQ(run.status, c.status) << c.name << ": " << run.err;
         EXPECT_LT(elapsed, std::chrono::seconds(10)) << c.name;
