@@ -98,7 +98,6 @@ TEST(Launcher, CommandThatCannotRunFailsLikeAShell)
         const char* reason;
     } cases[] = {
         {"./not-executable", 126, "Permission denied"},
-        {"/", 126, "Permission denied"},
         {"./missing", 127, "No such file or directory"},
         {"corvel-no-such-command", 127, "No such file or directory"},
     };
@@ -120,7 +119,6 @@ TEST(Launcher, ValuesOutsideTheirRangeAreRefusedAsTheHelpStates)
         const char* range;    // as --help states it
     } cases[] = {
         {{"--kill-after", "600001"}, "--kill-after needs real milliseconds from 0 to 600000", "0..600000"},
-        {{"--join-after", "1000001"}, "--join-after needs a count from 0 to 1000000", "0..1000000"},
         {{"--fault", "split=65"}, "bad value in fault 'split=65': it takes a number from 2 to 64", "2..64"},
         {{"--fault", "late"}, "bad value in fault 'late': it takes a number from 1 to 600000", "1..600000"},
     };
