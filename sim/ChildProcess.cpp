@@ -1,13 +1,14 @@
 #include "sim/ChildProcess.h"
 
+#include <fcntl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <cerrno>
-#include <csignal>
-#include <cstdio>
 #include <cstdlib>
 #include <cstring>
+
+#include "sim/SimSignals.h"
 
 namespace corvelsim {
 
@@ -27,6 +28,41 @@ std::string envOrEmpty(const char* name)
 {
     const char* value = std::getenv(name);
     return value ? value : "";
+}
+
+// The child's environment: ours, with each NAME in `changes` replaced.
+std::vector<std::string> mergedEnvironment(const std::vector<std::string>& changes)
+{
+    std::vector<std::string> env;
+    for (char** entry = environ; *entry != nullptr; ++entry) {
+        const std::string text = *entry;
+        const std::string name = text.substr(0, text.find('='));
+        bool changed = false;
+        for (const std::string& change : changes) changed = changed || change.rfind(name + "=", 0) == 0;
+        if (!changed) env.push_back(text);
+    }
+    env.insert(env.end(), changes.begin(), changes.end());
+    return env;
+}
+
+std::vector<char*> pointers(std::vector<std::string>& texts)
+{
+    std::vector<char*> result;
+    for (std::string& text : texts) result.push_back(text.data());
+    result.push_back(nullptr);
+    return result;
+}
+
+// Reads the errno the child sends when its exec fails; 0 once the exec closed
+// the pipe.
+int execErrorFrom(int pipeEnd)
+{
+    int childErrno = 0;
+    ssize_t got;
+    do {
+        got = read(pipeEnd, &childErrno, sizeof childErrno);
+    } while (got < 0 && errno == EINTR);
+    return got == ssize_t(sizeof childErrno) ? childErrno : 0;
 }
 
 }  // namespace
@@ -59,14 +95,16 @@ std::vector<std::string> childEnvironment(const ChildSetup& setup, const std::st
     return env;
 }
 
-pid_t startChild(const ChildSetup& setup, std::string& error)
+ChildStart startChild(const ChildSetup& setup)
 {
+    ChildStart start;
+    start.failStatus = 2;
     std::string faketimeLib;
     if (setup.speed > 1) {
         faketimeLib = findFaketimeLibrary();
         if (faketimeLib.empty()) {
-            error = "--speed needs libfaketime (Debian package faketime)";
-            return -1;
+            start.error = "--speed needs libfaketime (Debian package faketime)";
+            return start;
         }
     }
     std::vector<std::string> argv = setup.argv;
@@ -74,26 +112,48 @@ pid_t startChild(const ChildSetup& setup, std::string& error)
         std::string shell = envOrEmpty("SHELL");
         argv.push_back(shell.empty() ? "/bin/sh" : shell);
     }
-    std::vector<std::string> env =
-        childEnvironment(setup, envOrEmpty("LD_PRELOAD"), envOrEmpty("ASAN_OPTIONS"), faketimeLib);
+    std::vector<std::string> env = mergedEnvironment(
+        childEnvironment(setup, envOrEmpty("LD_PRELOAD"), envOrEmpty("ASAN_OPTIONS"), faketimeLib));
+    // Everything the child needs is ready before the fork: between fork and
+    // exec it only calls async-signal-safe functions.
+    std::vector<char*> args = pointers(argv);
+    std::vector<char*> envp = pointers(env);
 
+    int execReport[2];
+    if (pipe2(execReport, O_CLOEXEC) != 0) {
+        start.error = std::string("cannot create a pipe: ") + std::strerror(errno);
+        return start;
+    }
     pid_t pid = fork();
     if (pid < 0) {
-        error = std::string("fork failed: ") + std::strerror(errno);
-        return -1;
+        start.error = std::string("cannot fork: ") + std::strerror(errno);
+        close(execReport[0]);
+        close(execReport[1]);
+        return start;
     }
     if (pid == 0) {
-        signal(SIGINT, SIG_DFL);
-        signal(SIGQUIT, SIG_DFL);
-        for (const std::string& entry : env) putenv(const_cast<char*>(entry.c_str()));
-        std::vector<char*> args;
-        for (const std::string& arg : argv) args.push_back(const_cast<char*>(arg.c_str()));
-        args.push_back(nullptr);
-        execvp(args[0], args.data());
-        std::fprintf(stderr, "corvelsim: cannot run '%s': %s\n", args[0], std::strerror(errno));
+        close(execReport[0]);
+        giveBackSignals();
+        execvpe(args[0], args.data(), envp.data());
+        int execErrno = errno;
+        ssize_t ignored = write(execReport[1], &execErrno, sizeof execErrno);
+        (void)ignored;
         _exit(127);
     }
-    return pid;
+    close(execReport[1]);
+    int execErrno = execErrorFrom(execReport[0]);
+    close(execReport[0]);
+    if (execErrno == 0) {
+        start.pid = pid;
+        return start;
+    }
+    while (waitpid(pid, nullptr, 0) < 0 && errno == EINTR) {
+    }
+    // As a shell does: 127 when there is no such file, 126 when it exists
+    // but cannot be run.
+    start.failStatus = execErrno == ENOENT ? 127 : 126;
+    start.error = "cannot run '" + argv[0] + "': " + std::strerror(execErrno);
+    return start;
 }
 
 int exitStatusOf(int waitStatus)

@@ -23,8 +23,17 @@ std::vector<std::string> childEnvironment(const ChildSetup& setup, const std::st
 // Where libfaketime lives; "" when it is not installed.
 std::string findFaketimeLibrary();
 
-// Starts the child; -1 and a message on failure.
-pid_t startChild(const ChildSetup& setup, std::string& error);
+// What became of starting the command.
+struct ChildStart {
+    pid_t pid = -1;       // the running command; -1 when it did not start
+    int failStatus = 0;   // when it did not: corvelsim's exit status, 127 for a
+                          // command not found, 126 for one that cannot be
+                          // executed, 2 when corvelsim itself failed
+    std::string error;    // and why
+};
+
+// Starts the child and returns once it runs the command (or could not).
+ChildStart startChild(const ChildSetup& setup);
 
 // The exit status corvelsim ends with for a waitpid status: the child's exit
 // code, or 128 + the signal that ended it.

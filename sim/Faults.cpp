@@ -19,6 +19,32 @@ bool parseCount(const std::string& text, int low, int high, int& value)
     return true;
 }
 
+// Faults that take a number: NAME[=N] when they have a default, NAME=N when not.
+struct CountedFault {
+    const char* name;
+    int FaultSet::*count;
+    int defaultCount;  // 0: a value is needed
+    int low, high;
+};
+
+const CountedFault kCountedFaults[] = {
+    {"noise", &FaultSet::noiseBytes, 4, 1, 4096},
+    {"split", &FaultSet::splitParts, 2, 2, 64},
+    {"truncate", &FaultSet::truncateBy, 4, 1, 4096},
+    {"late", &FaultSet::lateMs, 0, 1, 600000},
+    {"cert-e0", &FaultSet::certE0Bytes, 3, 1, 64},
+};
+
+const int kMaxStatusCode = 999999;
+
+const CountedFault* countedFault(const std::string& name)
+{
+    for (const CountedFault& fault : kCountedFaults) {
+        if (name == fault.name) return &fault;
+    }
+    return nullptr;
+}
+
 // The content of each part, in order, of a packet's content cut in `parts`.
 std::vector<Bytes> cut(const Bytes& content, size_t parts)
 {
@@ -41,7 +67,7 @@ bool parseCertStatus(const std::string& text, CertStatusFault& fault)
     fault.method = text.substr(0, first);
     std::string code = text.substr(first + 1, second == std::string::npos ? std::string::npos : second - first - 1);
     bool negative = !code.empty() && code[0] == '-';
-    if (!parseCount(negative ? code.substr(1) : code, 0, 999999, fault.code)) return false;
+    if (!parseCount(negative ? code.substr(1) : code, 0, kMaxStatusCode, fault.code)) return false;
     if (negative) fault.code = -fault.code;
     fault.message = second == std::string::npos ? "status " + code + " (cert-status fault)" : text.substr(second + 1);
     return fault.method == "*" || isCertMgrMethod(fault.method);
@@ -57,19 +83,24 @@ const char* faultHelp()
     return "  refuse-envelope   answer wrapped requests with a refusal (flags 0xD4);\n"
            "                    plain requests are still answered\n"
            "  silent            answer nothing\n"
-           "  noise[=N]         send N bytes (default 4) that are not 0xA5 before the answer\n"
-           "  split[=N]         send the answer's content in N packets (default 2), flags\n"
-           "                    bit 5 on all but the last\n"
+           "  noise[=N]         send N bytes (1..4096, default 4) that are not 0xA5 before\n"
+           "                    the answer\n"
+           "  split[=N]         send the answer's content in N packets (2..64, default 2),\n"
+           "                    flags bit 5 on all but the last\n"
            "  bit7[=after|instead]\n"
            "                    add a packet flagged 0x80 after the answer (whose flags\n"
-           "                    then announce it with bit 5), or send it instead of the answer\n"
-           "  truncate[=N]      the last packet announces N more bytes (default 4) than it has\n"
-           "  late=MS           answer MS real milliseconds late\n"
+           "                    then announce it with bit 5), or send it instead of the\n"
+           "                    answer\n"
+           "  truncate[=N]      the last packet announces N more bytes (1..4096, default 4)\n"
+           "                    than it has\n"
+           "  late=MS           answer MS real milliseconds late (1..600000)\n"
            "  reject-settings   answer settings requests with a last byte 0x00 (not\n"
            "                    accepted) and keep the settings unchanged\n"
            "  cert-status=METHOD:CODE[:MESSAGE]\n"
            "                    the certificate-manager method METHOD (or * for every\n"
-           "                    method) answers status_code CODE with status_mesg MESSAGE\n"
+           "                    method) answers status_code CODE (-999999..999999) with\n"
+           "                    status_mesg MESSAGE (default \"status CODE (cert-status\n"
+           "                    fault)\")\n"
            "                    and changes nothing; repeatable, a named method wins over *.\n"
            "                    METHOD is one of deleteIndividualCA, deleteIndividualCert,\n"
            "                    readCertDefaults, uploadSignedCertFile, queryCAInfo,\n"
@@ -77,7 +108,7 @@ const char* faultHelp()
            "                    generateNewCert\n"
            "  cert-no-envelope  certificate-manager answers carry the XML without the\n"
            "                    7 bytes E0 C0 03 00 01 00 E0 in front\n"
-           "  cert-e0[=N]       insert N bytes 0xE0 (default 3, at most 64) at evenly\n"
+           "  cert-e0[=N]       insert N bytes 0xE0 (1..64, default 3) at evenly\n"
            "                    spread places into certificate-manager answers' XML\n"
            "  cert-silent       the certificate manager does not answer; other requests\n"
            "                    are answered\n";
@@ -90,39 +121,33 @@ bool addFault(FaultSet& faults, const std::string& faultText, std::string& error
     bool hasValue = equals != std::string::npos;
     std::string value = hasValue ? faultText.substr(equals + 1) : "";
     bool ok = true;
+    std::string rule;  // what the value must be, for the message
     if (name == "refuse-envelope" && !hasValue) faults.refuseEnvelope = true;
     else if (name == "reject-settings" && !hasValue) faults.rejectSettings = true;
     else if (name == "silent" && !hasValue) faults.silent = true;
     else if (name == "cert-silent" && !hasValue) faults.certSilent = true;
     else if (name == "cert-no-envelope" && !hasValue) faults.certNoEnvelope = true;
-    else if (name == "cert-e0") {
-        faults.certE0Bytes = 3;
-        ok = !hasValue || parseCount(value, 1, 64, faults.certE0Bytes);
-    } else if (name == "cert-status") {
+    else if (name == "cert-status") {
         CertStatusFault fault;
         ok = hasValue && parseCertStatus(value, fault);
         if (ok) faults.certStatus.push_back(fault);
-    }
-    else if (name == "noise") {
-        faults.noiseBytes = 4;
-        ok = !hasValue || parseCount(value, 1, 4096, faults.noiseBytes);
-    } else if (name == "split") {
-        faults.splitParts = 2;
-        ok = !hasValue || parseCount(value, 2, 64, faults.splitParts);
+        else rule = "METHOD:CODE[:MESSAGE] with a certificate-manager method or *, CODE from -" +
+                    std::to_string(kMaxStatusCode) + " to " + std::to_string(kMaxStatusCode);
     } else if (name == "bit7") {
         faults.dropPacket = DropPacket::After;
         if (value == "instead") faults.dropPacket = DropPacket::Instead;
         else ok = !hasValue || value == "after";
-    } else if (name == "truncate") {
-        faults.truncateBy = 4;
-        ok = !hasValue || parseCount(value, 1, 4096, faults.truncateBy);
-    } else if (name == "late") {
-        ok = hasValue && parseCount(value, 1, 600000, faults.lateMs);
+        rule = "after or instead";
+    } else if (const CountedFault* counted = countedFault(name)) {
+        faults.*counted->count = counted->defaultCount;
+        ok = hasValue ? parseCount(value, counted->low, counted->high, faults.*counted->count)
+                      : counted->defaultCount != 0;
+        rule = "a number from " + std::to_string(counted->low) + " to " + std::to_string(counted->high);
     } else {
         error = "unknown fault '" + faultText + "'";
         return false;
     }
-    if (!ok) error = "bad value in fault '" + faultText + "'";
+    if (!ok) error = "bad value in fault '" + faultText + "'" + (rule.empty() ? "" : ": it takes " + rule);
     return ok;
 }
 

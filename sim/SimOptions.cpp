@@ -1,10 +1,13 @@
 #include "sim/SimOptions.h"
 
 #include <algorithm>
+#include <string>
 
 namespace corvelsim {
 
 namespace {
+
+const int kMaxPolls = 1000000;
 
 bool parseInt(const std::string& text, int low, int high, int& value)
 {
@@ -48,14 +51,18 @@ std::string helpText()
                "Simulates a printer attached by USB: /dev/usb/lp0 (and any other node asked\n"
                "for) exists for the command, which runs with the simulated printer attached;\n"
                "corvelsim ends with the command's exit status (128 + signal when a signal\n"
-               "ended it). Without a command it starts an interactive shell ($SHELL or\n"
-               "/bin/sh) in which the printer stays attached until the shell exits.\n"
+               "ended it), 127 when the command is not found, 126 when it cannot be run,\n"
+               "2 when corvelsim itself cannot start. The command starts with default\n"
+               "signal actions and no signal blocked. Without a command it starts an\n"
+               "interactive shell ($SHELL or /bin/sh) in which the printer stays attached\n"
+               "until the shell exits.\n"
                "\n"
                "Options:\n"
                "  --lp N            attach /dev/usb/lpN (0..16); repeatable; default 0\n"
                "  --usb BUS:DEV     attach the printer to the USB bus as well, as device DEV\n"
-               "                    on bus BUS (such as 001:004): /dev/bus/usb/BUS/DEV, for\n"
-               "                    libusb. Same state, log and faults as the lp node(s)\n"
+               "                    (1..127) on bus BUS (1..255), such as 001:004:\n"
+               "                    /dev/bus/usb/BUS/DEV, for libusb. Same state, log and\n"
+               "                    faults as the lp node(s)\n"
                "  --usb-packet N    packet size of its bulk endpoints (1..1023, default 64)\n"
                "  --usb-layout L    printer (default); second-claims: two printer interfaces,\n"
                "                    the first refuses the claim; no-printer: a vendor-class\n"
@@ -86,11 +93,17 @@ std::string helpText()
                "  --speed N         run the command under faketime N times faster (1..100,\n"
                "                    1 is real time) so that its fixed waits pass quickly;\n"
                "                    the printer itself answers at once, in real time\n"
+               "  --kill-after MS   when corvelsim gets SIGTERM or SIGHUP it sends the command\n"
+               "                    SIGTERM, and SIGKILL if it has not ended MS real\n"
+               "                    milliseconds later (0..600000, default 5000); corvelsim\n"
+               "                    then ends with 137 (128 + SIGKILL)\n"
                "  --join-after N    the printer joins the network on the N-th connection poll\n"
                "                    (28/15) once SSID and the secret its security needs are\n"
-               "                    set (default 1; 0 joins at once)\n"
-               "  --ready-after N   06/1F reads 0x2D from the N-th poll on (default 1)\n"
-               "  --ip A.B.C.D      the address reported once joined (default 192.168.1.57)\n"
+               "                    set (0..1000000, default 1; 0 joins at once)\n"
+               "  --ready-after N   06/1F reads 0x2D from the N-th poll on (0..1000000,\n"
+               "                    default 1)\n"
+               "  --ip A.B.C.D      the address reported once joined, each part 0..255\n"
+               "                    (default 192.168.1.57)\n"
                "  --fault NAME[=V]  misbehave; repeatable. NAME is one of:\n") +
            faultHelp() +
            "  -h, --help        show this text\n"
@@ -127,8 +140,9 @@ bool parseOptions(int argc, const char* const* argv, SimOptions& options, std::s
         } else if (i + 1 < argc) {
             value = argv[i + 1];
             if (name == "--lp" || name == "--state" || name == "--log" || name == "--speed" ||
-                name == "--join-after" || name == "--ready-after" || name == "--ip" || name == "--fault" || name == "--usb" || name == "--usb-packet" ||
-                name == "--usb-layout" || name == "--usb-trace")
+                name == "--kill-after" || name == "--join-after" || name == "--ready-after" || name == "--ip" ||
+                name == "--fault" || name == "--usb" || name == "--usb-packet" || name == "--usb-layout" ||
+                name == "--usb-trace")
                 ++i;
         } else if (name.rfind("--", 0) == 0) {
             error = "option " + name + " needs a value";
@@ -151,19 +165,24 @@ bool parseOptions(int argc, const char* const* argv, SimOptions& options, std::s
                 error = "--speed needs a factor from 1 to 100";
                 return false;
             }
+        } else if (name == "--kill-after") {
+            if (!parseInt(value, 0, kMaxKillAfterMs, options.killAfterMs)) {
+                error = "--kill-after needs real milliseconds from 0 to " + std::to_string(kMaxKillAfterMs);
+                return false;
+            }
         } else if (name == "--join-after") {
-            if (!parseInt(value, 0, 1000000, options.life.joinAfterPolls)) {
-                error = "--join-after needs a count";
+            if (!parseInt(value, 0, kMaxPolls, options.life.joinAfterPolls)) {
+                error = "--join-after needs a count from 0 to " + std::to_string(kMaxPolls);
                 return false;
             }
         } else if (name == "--ready-after") {
-            if (!parseInt(value, 0, 1000000, options.life.readyAfterPolls)) {
-                error = "--ready-after needs a count";
+            if (!parseInt(value, 0, kMaxPolls, options.life.readyAfterPolls)) {
+                error = "--ready-after needs a count from 0 to " + std::to_string(kMaxPolls);
                 return false;
             }
         } else if (name == "--ip") {
             if (!parseAddress(value, options.life.address)) {
-                error = "--ip needs an address A.B.C.D";
+                error = "--ip needs an address A.B.C.D, each part from 0 to 255";
                 return false;
             }
         } else if (name == "--usb") {

@@ -10,11 +10,16 @@
 
 namespace corvelsim {
 
+// Real milliseconds a command has to end after corvelsim sends it SIGTERM.
+constexpr int kDefaultKillAfterMs = 5000;
+constexpr int kMaxKillAfterMs = 600000;
+
 struct SimOptions {
     std::vector<int> lpNumbers;     // default: {0}
     std::string statePath;          // "" : in memory only
     std::string logPath;            // "" : no request log
     int speed = 0;                  // faketime factor for the child
+    int killAfterMs = kDefaultKillAfterMs;  // from SIGTERM to SIGKILL for the child
     FaultSet faults;
     NetworkLife life;
     UsbDeviceOptions usb;           // bus 0: no USB device

@@ -4,7 +4,9 @@
 #include <termios.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <cstdlib>
+#include <cstring>
 
 #include <umockdev.h>
 
@@ -69,8 +71,8 @@ std::unique_ptr<Testbed> Testbed::create(const std::vector<int>& lpNumbers, std:
         const char* slaveName = ptsname(master);
         int slave = slaveName ? ::open(slaveName, O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC) : -1;
         if (slave < 0 || !makeRaw(master) || !makeRaw(slave)) {
+            error = "cannot set up the pty of " + lpPath(lp) + ": " + std::strerror(errno);
             if (slave >= 0) ::close(slave);
-            error = "cannot set up the pty of " + lpPath(lp);
             return nullptr;
         }
         fcntl(master, F_SETFL, fcntl(master, F_GETFL) | O_NONBLOCK);

@@ -3,8 +3,11 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <chrono>
 #include <csignal>
 #include <cstdio>
+#include <cstring>
+#include <optional>
 #include <string>
 
 #include "sim/ChildProcess.h"
@@ -12,6 +15,7 @@
 #include "sim/RequestLog.h"
 #include "sim/SimOptions.h"
 #include "sim/SharedStateFile.h"
+#include "sim/SimSignals.h"
 #include "sim/Testbed.h"
 #include "sim/UsbPrinterDevice.h"
 
@@ -23,17 +27,31 @@ volatile std::sig_atomic_t g_TerminateRequested = 0;
 
 void onTerminate(int) { g_TerminateRequested = 1; }
 
-// Keyboard signals reach the child through the terminal; corvelsim itself
-// stays until the child is gone, so that it can clean up the testbed.
-void installSignalHandlers()
+// Serves the printer until the child ends; returns its wait status. A SIGTERM
+// or SIGHUP to corvelsim goes on to the child as SIGTERM, and a child still
+// there `killAfterMs` real milliseconds later (one that ignores SIGTERM, or
+// is stuck where it cannot take it) is killed.
+int serveUntilChildEnds(PrinterServer& server, pid_t child, int killAfterMs)
 {
-    std::signal(SIGINT, SIG_IGN);
-    std::signal(SIGQUIT, SIG_IGN);
-    std::signal(SIGPIPE, SIG_IGN);
-    struct sigaction action {};
-    action.sa_handler = onTerminate;
-    sigaction(SIGTERM, &action, nullptr);
-    sigaction(SIGHUP, &action, nullptr);
+    using Clock = std::chrono::steady_clock;
+    std::optional<Clock::time_point> killAt;
+    bool killed = false;
+    int waitStatus = 0;
+    for (;;) {
+        server.serveOnce(10);
+        if (g_TerminateRequested && !killAt) {
+            kill(child, SIGTERM);
+            killAt = Clock::now() + std::chrono::milliseconds(killAfterMs);
+        }
+        if (killAt && !killed && Clock::now() >= *killAt) {
+            std::fprintf(stderr, "corvelsim: the command did not end within %d ms of SIGTERM; killing it\n",
+                         killAfterMs);
+            kill(child, SIGKILL);
+            killed = true;
+        }
+        pid_t done = waitpid(child, &waitStatus, WNOHANG);
+        if (done == child || (done < 0 && errno != EINTR)) return waitStatus;
+    }
 }
 
 int fail(const std::string& message)
@@ -62,7 +80,7 @@ int main(int argc, char** argv)
     if (!options.statePath.empty() && !stateFile.open(options.statePath, state, error)) return fail(error);
     RequestLog log;
     if (!options.logPath.empty() && !log.open(options.logPath))
-        return fail("cannot open the request log " + options.logPath);
+        return fail("cannot open the request log '" + options.logPath + "': " + std::strerror(errno));
 
     std::unique_ptr<Testbed> testbed = Testbed::create(options.lpNumbers, error);
     if (!testbed) return fail(error);
@@ -75,22 +93,14 @@ int main(int argc, char** argv)
                          options.statePath.empty() ? nullptr : &stateFile);
     if (usbDevice) server.addUsbPort(usbDevice->serverFd(), usbDevice->address());
 
-    installSignalHandlers();
+    takeOverSignals(onTerminate);
     ChildSetup setup{options.command, testbed->rootDir(), options.speed};
-    pid_t child = startChild(setup, error);
-    if (child < 0) return fail(error);
-
-    int waitStatus = 0;
-    bool forwarded = false;
-    for (;;) {
-        server.serveOnce(10);
-        if (g_TerminateRequested && !forwarded) {
-            kill(child, SIGTERM);
-            forwarded = true;
-        }
-        pid_t done = waitpid(child, &waitStatus, WNOHANG);
-        if (done == child || (done < 0 && errno != EINTR)) break;
+    ChildStart child = startChild(setup);
+    if (child.pid < 0) {
+        std::fprintf(stderr, "corvelsim: %s\n", child.error.c_str());
+        return child.failStatus;
     }
+    int waitStatus = serveUntilChildEnds(server, child.pid, options.killAfterMs);
     server.finish();
     return exitStatusOf(waitStatus);
 }

@@ -1,0 +1,143 @@
+// corvelsim as a launcher: the command starts with default signals, is
+// killed when it outlives SIGTERM, and fails like a shell when it cannot run;
+// corvelsim's own failures say why.
+#include <gtest/gtest.h>
+
+#include <signal.h>
+
+#include <chrono>
+#include <cstdint>
+#include <sstream>
+#include <string>
+
+#include "tests/e2e/SimRun.h"
+
+namespace e2e {
+namespace {
+
+// The hexadecimal mask after "NAME:\t" in /proc/PID/status text.
+uint64_t statusMask(const std::string& status, const std::string& name)
+{
+    std::istringstream in(status);
+    for (std::string line; std::getline(in, line);) {
+        if (line.rfind(name + ":", 0) == 0) return std::stoull(line.substr(name.size() + 1), nullptr, 16);
+    }
+    ADD_FAILURE() << name << " missing in: " << status;
+    return ~uint64_t(0);
+}
+
+uint64_t bit(int signal) { return uint64_t(1) << (signal - 1); }
+
+TEST(Launcher, CommandStartsWithDefaultSignalsAndNothingBlocked)
+{
+    SimDir dir;
+    // corvelsim inherits a blocked SIGUSR1 from us; the command must not.
+    sigset_t usr1, before;
+    sigemptyset(&usr1);
+    sigaddset(&usr1, SIGUSR1);
+    pthread_sigmask(SIG_BLOCK, &usr1, &before);
+    SimRun masks = runSim(dir, {}, {"/bin/grep", "-E", "^Sig(Blk|Ign):", "/proc/self/status"});
+    SimRun pipeline = runSim(dir, {}, {"/bin/sh", "-c", "yes | head -1"});
+    pthread_sigmask(SIG_SETMASK, &before, nullptr);
+
+    ASSERT_EQ(masks.status, 0) << masks.err;
+    EXPECT_EQ(statusMask(masks.out, "SigBlk"), 0u);
+    EXPECT_EQ(statusMask(masks.out, "SigIgn") & (bit(SIGINT) | bit(SIGQUIT) | bit(SIGPIPE)), 0u) << masks.out;
+    // A writer whose reader is gone ends quietly by SIGPIPE.
+    EXPECT_EQ(pipeline.status, 0);
+    EXPECT_EQ(pipeline.out, "y\n");
+    EXPECT_EQ(pipeline.err, "") << "the writer saw EPIPE instead of SIGPIPE";
+}
+
+TEST(Launcher, SignalEndsTheCommandAndOneThatOutlivesSigtermIsKilled)
+{
+    // The command sends corvelsim (its parent) the signal itself, so that the
+    // test knows the command is running by then. At --speed 1 the sleep lasts
+    // 30 real seconds, far beyond the 10 allowed here.
+    const struct {
+        const char* name;
+        const char* script;
+        int status;
+        bool killed;
+    } cases[] = {
+        {"SIGTERM ends the command", "kill -TERM $PPID; exec sleep 30", 128 + SIGTERM, false},
+        {"SIGHUP too", "kill -HUP $PPID; exec sleep 30", 128 + SIGTERM, false},
+        {"SIGTERM ignored", "trap '' TERM; kill -TERM $PPID; exec sleep 30", 128 + SIGKILL, true},
+        // The umockdev preload blocks signals while an open waits for a FIFO's
+        // writer; the signal goes once cat waits there. Should cat outlive
+        // corvelsim, the FIFO opened for writing lets it end after some 20 s.
+        {"stuck opening a FIFO", R"(mkfifo fifo
+            (
+              for i in $(seq 1000); do grep -q wait_for_partner /proc/$$/wchan && break; sleep 0.01; done
+              kill -TERM $PPID
+              for i in $(seq 2000); do kill -0 $$ 2>/dev/null || exit 0; sleep 0.01; done
+              exec 3<>fifo
+            ) &
+            exec cat fifo)",
+         128 + SIGKILL, true},
+    };
+    for (const auto& c : cases) {
+        SimDir dir;
+        auto start = std::chrono::steady_clock::now();
+        SimRun run = runSim(dir, {"--speed", "1", "--kill-after", "300"}, {"/bin/sh", "-c", c.script});
+        auto elapsed = std::chrono::steady_clock::now() - start;
+        EXPECT_EQ(run.status, c.status) << c.name << ": " << run.err;
+        EXPECT_LT(elapsed, std::chrono::seconds(10)) << c.name;
+        bool saysKilled = run.err.find("did not end within 300 ms of SIGTERM") != std::string::npos;
+        EXPECT_EQ(saysKilled, c.killed) << c.name << ": " << run.err;
+    }
+}
+
+TEST(Launcher, CommandThatCannotRunFailsLikeAShell)
+{
+    SimDir dir;
+    dir.write("not-executable", "#!/bin/sh\necho ran\n");
+    const struct {
+        const char* command;
+        int status;
+        const char* reason;
+    } cases[] = {
+        {"./not-executable", 126, "Permission denied"},
+        {"./missing", 127, "No such file or directory"},
+        {"corvel-no-such-command", 127, "No such file or directory"},
+    };
+    for (const auto& c : cases) {
+        SimRun run = runSim(dir, {}, {c.command});
+        EXPECT_EQ(run.status, c.status) << c.command;
+        EXPECT_EQ(run.err, std::string("corvelsim: cannot run '") + c.command + "': " + c.reason + "\n");
+        EXPECT_EQ(run.out, "") << c.command;
+    }
+}
+
+TEST(Launcher, ValuesOutsideTheirRangeAreRefusedAsTheHelpStates)
+{
+    SimDir dir;
+    SimRun help = runCommand(dir, {CORVELSIM_PATH, "--help"});
+    const struct {
+        std::vector<std::string> options;
+        const char* message;  // part of the refusal
+        const char* range;    // as --help states it
+    } cases[] = {
+        {{"--kill-after", "600001"}, "--kill-after needs real milliseconds from 0 to 600000", "0..600000"},
+        {{"--fault", "split=65"}, "bad value in fault 'split=65': it takes a number from 2 to 64", "2..64"},
+        {{"--fault", "late"}, "bad value in fault 'late': it takes a number from 1 to 600000", "1..600000"},
+    };
+    for (const auto& c : cases) {
+        SimRun run = runSim(dir, c.options, {"/bin/true"});
+        EXPECT_EQ(run.status, 2) << c.message;
+        EXPECT_NE(run.err.find(c.message), std::string::npos) << run.err;
+        EXPECT_NE(help.out.find(c.range), std::string::npos) << c.range;
+    }
+}
+
+TEST(Launcher, FailedSystemCallIsReportedWithItsReason)
+{
+    SimDir dir;
+    SimRun run = runSim(dir, {"--log", dir.file("no-such-dir/requests.jsonl")}, {"/bin/true"});
+    EXPECT_EQ(run.status, 2);
+    EXPECT_EQ(run.err, "corvelsim: cannot open the request log '" + dir.file("no-such-dir/requests.jsonl") +
+                           "': No such file or directory\n");
+}
+
+}  // namespace
+}  // namespace e2e
