@@ -46,7 +46,7 @@ for package in corvelcfg corvelsim; do
     continue
   fi
   dpkg-deb -c "$deb" | awk -v p="$package" '$1 !~ /^d/ { print p, $6 }'
-done | sed "s/$version/VERSION/g" >"$scratch/files.txt"
+done | sed "s/$version/VERSION/g" | LC_ALL=C sort >"$scratch/files.txt"
 if ! diff -u scripts/package-files.txt "$scratch/files.txt"; then
   fail "the packages' files differ from scripts/package-files.txt (- expected, + made)"
 fi
@@ -77,7 +77,7 @@ has_depends corvelcfg libc6 libstdc++6 libusb-0.1-4 libssl3
 has_depends corvelsim libc6 libstdc++6 libssl3 libpugixml1v5 libumockdev0 umockdev faketime
 
 root=$scratch/root
-echo "== extracted programs"
+echo "== extracted programs and manual pages"
 # Without arguments the utility prints its usage text and opens nothing: no
 # trace line, since no transport is ever made.
 status=0
@@ -91,6 +91,15 @@ sim_version=$("$root/usr/bin/corvelsim" --version 2>&1) || fail "corvelsim --ver
 if [ "$sim_version" != "corvelsim $version" ]; then
   fail "corvelsim --version printed '$sim_version', expected 'corvelsim $version'"
 fi
+
+for page in corvelcfg corvelsim; do
+  file="$root/usr/share/man/man1/$page.1.gz"
+  MANPAGER=cat MANWIDTH=80 man -l "$file" >"$scratch/man.out" 2>"$scratch/man.err" || true
+  if ! grep -q '^SYNOPSIS' "$scratch/man.out" || [ -s "$scratch/man.err" ]; then
+    fail "man -l $file did not show a manual page cleanly:"
+    cat "$scratch/man.err" >&2
+  fi
+done
 
 if ((failures > 0)); then
   echo "package test: $failures failure(s)" >&2
