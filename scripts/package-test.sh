@@ -77,7 +77,7 @@ has_depends corvelcfg libc6 libstdc++6 libusb-0.1-4 libssl3
 has_depends corvelsim libc6 libstdc++6 libssl3 libpugixml1v5 libumockdev0 umockdev faketime
 
 root=$scratch/root
-echo "== extracted programs and manual pages"
+echo "== extracted programs, manual pages and completion"
 # Without arguments the utility prints its usage text and opens nothing: no
 # trace line, since no transport is ever made.
 status=0
@@ -98,6 +98,14 @@ for page in corvelcfg corvelsim; do
   if ! grep -q '^SYNOPSIS' "$scratch/man.out" || [ -s "$scratch/man.err" ]; then
     fail "man -l $file did not show a manual page cleanly:"
     cat "$scratch/man.err" >&2
+  fi
+done
+
+for program in corvelcfg corvelsim; do
+  script="$root/usr/share/bash-completion/completions/$program"
+  if ! bash --norc -c "source /usr/share/bash-completion/bash_completion; source '$script'; complete -p $program" \
+    >/dev/null 2>&1; then
+    fail "the completion $script does not load or register $program"
   fi
 done
 
