@@ -3,7 +3,7 @@
 # command lines at them the way readline hands them over, and compares the
 # words offered with the expected ones.
 #   completion/completion_test.sh
-set -uo pipefail
+set -o pipefail  # no -u: completion functions run in the user's interactive shell, where it is off
 here=$(cd "$(dirname "$0")" && pwd)
 helpers=/usr/share/bash-completion/bash_completion
 if [ ! -r "$helpers" ]; then
