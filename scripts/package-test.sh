@@ -46,7 +46,7 @@ for package in corvelcfg corvelsim; do
     continue
   fi
   dpkg-deb -c "$deb" | awk -v p="$package" '$1 !~ /^d/ { print p, $6 }'
-done | sed "s/$version/VERSION/g" | LC_ALL=C sort >"$scratch/files.txt"
+done | sed "s/${version//./\\.}/VERSION/g" | LC_ALL=C sort >"$scratch/files.txt"
 if ! diff -u scripts/package-files.txt "$scratch/files.txt"; then
   fail "the packages' files differ from scripts/package-files.txt (- expected, + made)"
 fi
@@ -95,7 +95,9 @@ fi
 for page in corvelcfg corvelsim; do
   file="$root/usr/share/man/man1/$page.1.gz"
   MANPAGER=cat MANWIDTH=80 man -l "$file" >"$scratch/man.out" 2>"$scratch/man.err" || true
-  if ! grep -q '^SYNOPSIS' "$scratch/man.out" || [ -s "$scratch/man.err" ]; then
+  # The page shows the version of its package in its footer.
+  if ! grep -q '^SYNOPSIS' "$scratch/man.out" || ! grep -q "^$page $version " "$scratch/man.out" ||
+    [ -s "$scratch/man.err" ]; then
     fail "man -l $file did not show a manual page cleanly:"
     cat "$scratch/man.err" >&2
   fi
