@@ -12,6 +12,9 @@ packages=(
   libpugixml-dev                       # the simulated printer's XML
   clang libclang-rt-14-dev             # fuzzing (libFuzzer)
   libbenchmark-dev libexpat1-dev       # benchmarks and their reference parser
+  dpkg-dev fakeroot                    # the Debian packages (cpack, dpkg-shlibdeps)
+  mandoc man-db                        # manual pages: lint and reading
+  bash-completion                      # the completion scripts' helpers
 )
 
 missing=()

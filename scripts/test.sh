@@ -21,6 +21,12 @@ trap 'rm -f "$fuzz_build_log"' EXIT
 FUZZ_BUILD_ONLY=1 FUZZ_BUILD_JOBS=1 scripts/fuzz.sh >"$fuzz_build_log" 2>&1 &
 fuzz_build=$!
 
+# >>> package test (scripts/package-test.sh): the Debian packages, built optimized on one core at low
+# priority beside the tests in their own build directory; waited for at the end.
+PACKAGE_BUILD_JOBS=1 nice scripts/package-test.sh build/package >build/package-test.log 2>&1 &
+package_test=$!
+# <<< package test
+
 echo "== tests"
 ctest --test-dir "$build" --output-on-failure -j"$(nproc)"
 # ctest stopped the script on any failure, so every listed test passed.
@@ -32,5 +38,12 @@ if ! wait "$fuzz_build"; then
 fi
 echo "== fuzz smoke runs"
 scripts/fuzz.sh "${FUZZ_SECONDS:-5}"
+
+# >>> package test
+if ! wait "$package_test"; then
+  cat build/package-test.log
+  exit 1
+fi
+# <<< package test
 
 echo "all: $passed passed, 0 failed"

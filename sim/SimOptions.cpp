@@ -106,6 +106,7 @@ std::string helpText()
                "                    (default 192.168.1.57)\n"
                "  --fault NAME[=V]  misbehave; repeatable. NAME is one of:\n") +
            faultHelp() +
+           "  --version         print corvelsim's version and exit\n"
            "  -h, --help        show this text\n"
            "\n"
            "The printer answers reads of 28/08 (SSID), 28/15 (connection state), 06/1F,\n"
@@ -119,6 +120,11 @@ std::string helpText()
            "the printer holds (see the README).\n";
 }
 
+std::string versionText()
+{
+    return std::string("corvelsim ") + CORVELSIM_VERSION + "\n";
+}
+
 bool parseOptions(int argc, const char* const* argv, SimOptions& options, std::string& error)
 {
     for (int i = 1; i < argc; ++i) {
@@ -129,6 +135,10 @@ bool parseOptions(int argc, const char* const* argv, SimOptions& options, std::s
         }
         if (arg == "-h" || arg == "--help") {
             options.help = true;
+            continue;
+        }
+        if (arg == "--version") {
+            options.version = true;
             continue;
         }
         std::string name = arg;

@@ -25,11 +25,15 @@ struct SimOptions {
     UsbDeviceOptions usb;           // bus 0: no USB device
     std::vector<std::string> command;
     bool help = false;
+    bool version = false;
 };
 
 // Parses argv; false and a message on a bad option.
 bool parseOptions(int argc, const char* const* argv, SimOptions& options, std::string& error);
 
 std::string helpText();
+
+// "corvelsim VERSION", the version of the project it was built from.
+std::string versionText();
 
 }  // namespace corvelsim

@@ -74,6 +74,10 @@ int main(int argc, char** argv)
         std::fputs(helpText().c_str(), stdout);
         return 0;
     }
+    if (options.version) {
+        std::fputs(versionText().c_str(), stdout);
+        return 0;
+    }
 
     PrinterState state = factoryState(options.life);
     SharedStateFile stateFile;
