@@ -14,7 +14,10 @@ shift || true
 build=${FUZZ_BUILD_DIR:-build-fuzz}
 jobs=${FUZZ_BUILD_JOBS:-$(nproc)}
 
+# -O1 with line tables only: fast enough to fuzz, quick to compile, and enough
+# for a sanitizer report to name file and line.
 cmake -S . -B "$build" -DCMAKE_C_COMPILER=clang -DCMAKE_CXX_COMPILER=clang++ -DCMAKE_BUILD_TYPE=RelWithDebInfo \
+  "-DCMAKE_CXX_FLAGS_RELWITHDEBINFO=-O1 -gline-tables-only" "-DCMAKE_C_FLAGS_RELWITHDEBINFO=-O1 -gline-tables-only" \
   -DCORVEL_FUZZ=ON -DBUILD_TESTING=OFF -DCORVEL_BUILD_SIM=OFF -DCORVEL_WERROR=ON >/dev/null
 targets=("$@")
 if [ ${#targets[@]} -eq 0 ]; then
