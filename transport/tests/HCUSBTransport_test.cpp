@@ -33,8 +33,8 @@ public:
     {
     }
     ~ScriptedConnector() override { m_Events.push_back("destroyed"); }
-    int open() override { m_Events.push_back("open"); return m_OpenResult; }
-    int close() override { m_Events.push_back("close"); return 0; }
+    int open() override { return m_Events.push_back("open"), m_OpenResult; }
+    int close() override { return m_Events.push_back("close"), 0; }
     // Hands over what arrived of the first pending piece; the rest stays for the next read.
     int32_t read(uint8_t* buffer, int32_t length) override
     {
@@ -145,31 +145,31 @@ TEST_F(TransportTest, ReadCollectsPiecesUntilCompleteOrQuiet)
     }
 }
 
-TEST_F(TransportTest, EachOpenReplacesThePreviousConnector)
+// Each open replaces the previous connector; the last release destroys the
+// instance once, with its line.
+TEST_F(TransportTest, OpenReplacesTheConnectorAndLastReleaseDestroys)
 {
     m_OpenResult = 1;
     EXPECT_EQ(m_Transport->open("/dev/usb/lp0"), -1);
     EXPECT_EQ(m_Transport->close(), 0);  // a connector whose open failed stays until the next open
     m_OpenResult = 0;
     EXPECT_EQ(m_Transport->open("2:5"), 0);
-    EXPECT_EQ(m_Events, (Events{"open", "close", "close", "destroyed", "open"}));
     EXPECT_EQ(m_Paths, (Events{"/dev/usb/lp0", "2:5"}));
-}
 
-TEST_F(TransportTest, LastReleaseDestroysOnceWithItsLine)
-{
     EXPECT_EQ(HCUSBTransport::getInstance(), m_Transport);  // a second reference to the same instance
-    ASSERT_EQ(m_Transport->open("/dev/usb/lp0"), 0);
     testing::internal::CaptureStderr();
     HCUSBTransport::releaseInstance();
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
-    EXPECT_EQ(m_Events, Events{"open"});  // still alive with its connector
-
+    EXPECT_EQ(m_Events.back(), "open");  // still alive with its connector
     testing::internal::CaptureStderr();
     HCUSBTransport::releaseInstance();
     HCUSBTransport::releaseInstance();  // one release too many changes nothing
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "D [CVL] Destroying last instance of usb transport.\n");
-    EXPECT_EQ(m_Events, (Events{"open", "destroyed"}));
+    EXPECT_EQ(m_Events, (Events{"open", "close", "close", "destroyed", "open", "destroyed"}));
+    HCUSBTransport::getInstance();  // counted from zero again: one release destroys it
+    testing::internal::CaptureStderr();
+    HCUSBTransport::releaseInstance();
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "D [CVL] Destroying last instance of usb transport.\n");
 }
 
 }  // namespace
