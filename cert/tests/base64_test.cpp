@@ -39,9 +39,7 @@ TEST(Base64, EncodeLengthsPaddingAndCapacity)
         uint32_t capacity;
         std::string out;
     } cases[] = {
-        {"", 64, ""}, {"f", 64, "Zg=="}, {"fo", 64, "Zm8="}, {"foo", 64, "Zm9v"},
-        {"foob", 64, "Zm9vYg=="}, {"foobar", 64, "Zm9vYmFy"},
-        {std::string("\x00\xff\xfe", 3), 64, "AP/+"}, {std::string("\xfb\xff", 2), 64, "+/8="},
+        {"f", 64, "Zg=="}, {"fo", 64, "Zm8="}, {"foobar", 64, "Zm9vYmFy"}, {std::string("\xfb\xff", 2), 64, "+/8="},
         // The terminator counts against the capacity.
         {"foo", 5, "Zm9v"}, {"foo", 4, "<refused>"}, {"", 1, ""}, {"", 0, "<refused>"},
         {std::string(12285, 'x'), 16384, largest}, {std::string(12286, 'x'), 16384, "<refused>"},
@@ -56,13 +54,9 @@ TEST(Base64, DecodeGroupsEndAtTheFirstPaddedOne)
         const char* text;
         std::string bytes;
     } cases[] = {
-        {"", ""},
-        {"Zg==", "f"},
         {"Zm8=", "fo"},
-        {"Zm9vYmFy", "foobar"},
         {"Zm9vYg", "foob"},             // missing padding: the end of the text pads
-        {"Zm9v\nYm\r\nFy", "foobar"},   // line breaks are skipped
-        {"Zm 9v*Ym-Fy!", "foobar"},     // so is anything outside the alphabet
+        {"Zm 9v\r\nYm-Fy!", "foobar"},  // anything outside the alphabet is skipped
         {"Zg==Zm9v", "f"},              // text after the first padded group is ignored
         {"A===", ""},                   // one character and three pads yield nothing
         {"Zm9vZ=9v", "foo"},            // padding inside a group: the group gives nothing
@@ -77,8 +71,6 @@ TEST(Base64, DecodeGroupsEndAtTheFirstPaddedOne)
 
 TEST(Base64, DecodeRefusesWhatDoesNotFit)
 {
-    EXPECT_EQ(decodedCount("Zm9vYmFy", 6), 6);
-    EXPECT_EQ(decodedCount("Zm9vYmFy", 5), -1);
     EXPECT_EQ(decodedCount("Zm9vYg==", 4), 4);
     EXPECT_EQ(decodedCount("Zm9vYg==", 3), -1);
     EXPECT_EQ(decodedCount("Zg==", 0), -1);

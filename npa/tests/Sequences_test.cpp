@@ -34,8 +34,6 @@ TEST(Sequences, ItemOrderOfEverySequence)
     } cases[] = {
         {"WPA", "WEP", &W::basicConfig, basic + " 28/11"},
         {"WPA-ENT", "WEP", &W::advancedConfig, wpa},
-        {"WPA-PER", "AES", &W::advancedConfig, wpa},
-        {"OPEN", "WEP", &W::advancedConfig, wep + basic},
         {"OPEN", "", &W::advancedConfig, basic},
         {"SHARED", "WEP", &W::advancedConfig, wep + basic},
         {"SHARED", "", &W::advancedConfig, "28/09 28/0B 28/0D 28/0F 28/1F " + basic},

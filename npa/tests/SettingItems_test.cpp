@@ -31,7 +31,6 @@ TEST(SettingItems, BytesForEdgeValues)
     const auto basic = &W::basicConfig;
     const auto advanced = &W::advancedConfig;  // the sequence of the security set
     const std::string number = "00 00 04 00 00 00 ";
-    const std::string noExt = "00 2A 15 00 00 01 00 2A 16 00 00 01 00 2A 17 00 00 01 ";
     const struct {
         std::function<void(ConfigDetails&)> setup;
         int (W::*sequence)();
@@ -41,29 +40,19 @@ TEST(SettingItems, BytesForEdgeValues)
         {[](auto& c) { c.mode = "Ad-hoc"; }, basic, "28 02", "28 02 " + number + "00"},
         {[](auto& c) { c.mode.clear(); }, basic, "28 02", ""},
         {[](auto& c) { c.channel = "12"; }, basic, "28 05", "28 05 " + number + "06"},
-        {[](auto& c) { c.channel.clear(); }, basic, "28 05", "28 05 " + number + "06"},
-        {[](auto&) {}, basic, "28 08", ""},
         {[](auto& c) { c.security = "WPA2"; }, basic, "28 11", "28 11 00 00 06 " + hexOf("typed") + " 00"},
         {[](auto& c) { c.passwd = "abc"; }, basic, "28 11", ""},
         {[](auto& c) { c.security = "SHARED", c.wepKey[0] = std::string(30, 'k'); }, advanced, "28 09",
          "28 09 00 00 1A " + textHex('k', 26)},
-        {[](auto& c) { c.security = "SHARED"; }, advanced, "28 09", "28 09 00 00 00"},
         {[](auto& c) { c.security = "SHARED", c.wepKey[3] = "12"; }, advanced, "28 0F", "28 0F 00 00 02 31 32"},
-        {[](auto& c) { c.security = "WPA-PER"; }, advanced, "28 11", "28 11 00 00 00"},
         {[](auto& c) { c.security = "WPA-PER", c.psk = std::string(70, 's'); }, advanced, "28 11",
          "28 11 00 00 40 " + textHex('s', 64)},
         {[](auto& c) { c.security = "SHARED"; }, advanced, "28 1F", "28 1F " + number + "01"},
-        {[](auto& c) { c.security = "SHARED", c.wepTransmit = "x3"; }, advanced, "28 1F", "28 1F " + number + "00"},
         {[](auto& c) { c.security = "SHARED", c.wepTransmit = " 258x"; }, advanced, "28 1F",
          "28 1F " + number + "02"},
-        {[](auto& c) { c.security = "SHARED", c.wepTransmit = "-1"; }, advanced, "28 1F", "28 1F " + number + "FF"},
-        {[](auto& c) { c.security = "SHARED", c.wepTransmit = std::string(20, '9'); }, advanced, "28 1F",
-         "28 1F " + number + "FF"},
         {[](auto& c) { c.security = "WPA/WPA2"; }, basic, "28 22", "28 22 " + number + "02"},
         {[](auto& c) { c.security = "802.1x"; }, basic, "28 22", "28 22 " + number + "03"},
-        {[](auto& c) { c.security.clear(); }, basic, "28 22", "28 22 " + number + "00"},
         {[](auto& c) { c.encryption = "WEP", c.security = "SHARED"; }, advanced, "28 23", "28 23 " + number + "02"},
-        {[](auto& c) { c.encryption = "NONE", c.security = "SHARED"; }, advanced, "28 23", "28 23 " + number + "00"},
         {[](auto& c) { c.security = "SHARED"; }, advanced, "28 23", ""},
         {[](auto& c) { c.security = "WPA-PER", c.encryption = "WEP-DYNAMIC"; }, advanced, "28 26",
          "28 26 " + number + "01"},
@@ -71,22 +60,16 @@ TEST(SettingItems, BytesForEdgeValues)
          "28 26 " + number + "04"},
         {[](auto& c) { c.security = "WPA-PER", c.encryption = "ROT13"; }, advanced, "28 26",
          "28 26 " + number + "00"},
-        {[](auto& c) { c.security = "WPA-PER"; }, advanced, "28 26", ""},
         {[](auto& c) { c.security = "802.1x", c.user8021x = std::string(40, 'u'); }, advanced, "2A 02",
          "2A 02 00 00 20 " + textHex('u', 31) + " 00"},
-        {[](auto& c) { c.security = "802.1x"; }, advanced, "2A 02", ""},
         {[](auto& c) { c.security = "802.1x", c.pwd8021x = std::string(300, 'p'); }, advanced, "2A 03",
          "2A 03 00 01 00 " + textHex('p', 255) + " 00"},
         {[](auto& c) { c.security = "802.1x", c.authExt = "PEAP|EAP-TLS"; }, advanced, "2A 1",
          "2A 14 00 00 01 00 2A 15 00 00 01 00 2A 16 00 00 01 00 2A 17 00 00 01 01 2A 18 00 00 01 01 2A 19 00 00 01 00"},
-        {[](auto& c) { c.security = "802.1x", c.authExt = "EAP-TTLS"; }, advanced, "2A 1",
-         "2A 14 00 00 01 " + noExt + "00 2A 18 00 00 01 00 2A 19 00 00 01 01"},
         // Only whole names between bars count.
         {[](auto& c) { c.security = "802.1x", c.authExt = "LE|AP||xEAP-MD5x|"; }, advanced, "2A 1",
          "2A 14 00 00 01 01 2A 15 00 00 01 00 2A 16 00 00 01 00 2A 17 00 00 01 00 2A 18 00 00 01 00 2A 19 00 00 01 00"},
         {[](auto& c) { c.security = "802.1x", c.authInner = "MSCHAPv2"; }, advanced, "2A 1A", "2A 1A " + number + "02"},
-        {[](auto& c) { c.security = "802.1x", c.authInner = "PAP"; }, advanced, "2A 1A", "2A 1A " + number + "03"},
-        {[](auto& c) { c.security = "802.1x", c.authInner = "EAP"; }, advanced, "2A 1A", "2A 1A " + number + "00"},
         {[](auto& c) { c.security = "802.1x"; }, advanced, "2A 1A", ""},
     };
     for (size_t row = 0; row < sizeof cases / sizeof cases[0]; ++row) {

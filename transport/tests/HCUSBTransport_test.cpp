@@ -4,13 +4,11 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <deque>
-#include <memory>
 #include <string>
 #include <vector>
 
-#include "tests/support/FakeClock.h"
+#include "tests/support/ScriptedConnector.h"
 
 namespace {
 
@@ -18,93 +16,20 @@ constexpr long long kSecond = 1000000;
 
 using Events = std::vector<std::string>;
 
-// Bytes that reach the host at a given time on the fake clock.
-struct Arrival {
-    long long atMicroseconds;
-    std::string bytes;
-};
-
-// A printer whose answer arrives in scripted pieces. Waits advance the fake
-// clock the way a select() with that limit would.
-class ScriptedConnector : public HCIOConnector {
-public:
-    ScriptedConnector(Events& events, FakeClock& clock, std::deque<Arrival> arrivals, int openResult)
-        : m_Events(events), m_Clock(clock), m_Arrivals(std::move(arrivals)), m_OpenResult(openResult)
-    {
-    }
-    ~ScriptedConnector() override { m_Events.push_back("destroyed"); }
-    int open() override { m_Events.push_back("open"); return m_OpenResult; }
-    int close() override { m_Events.push_back("close"); return 0; }
-    // Hands over what arrived of the first pending piece; the rest stays for the next read.
-    int32_t read(uint8_t* buffer, int32_t length) override
-    {
-        if (m_Arrivals.empty() || m_Arrivals.front().atMicroseconds > m_Clock.microseconds)
-            return -1;  // nothing pending: what a non-blocking read gives
-        std::string& bytes = m_Arrivals.front().bytes;
-        const size_t take = std::min(static_cast<size_t>(length), bytes.size());
-        bytes.copy(reinterpret_cast<char*>(buffer), take);
-        bytes.erase(0, take);
-        if (bytes.empty())
-            m_Arrivals.pop_front();
-        return static_cast<int32_t>(take);
-    }
-    int queryDevice(uint8_t*, int32_t) override { return 0; }
-    int32_t write(const uint8_t*, int32_t length) override { return length; }
-    IoStatus waitReadable(int32_t timeLimit) override
-    {
-        if (failWaits)
-            return IoStatus::Failed;
-        if (readableButEmpty) {
-            m_Clock.waited(timeLimit);
-            return IoStatus::DataReady;
-        }
-        if (!m_Arrivals.empty() && m_Arrivals.front().atMicroseconds <= m_Clock.microseconds + timeLimit) {
-            m_Clock.microseconds = std::max(m_Clock.microseconds, m_Arrivals.front().atMicroseconds);
-            return IoStatus::DataReady;
-        }
-        m_Clock.waited(timeLimit);
-        return IoStatus::TimedOut;
-    }
-    IoStatus waitWritable(int32_t) override { return IoStatus::WriteReady; }
-
-    bool failWaits = false;
-    bool readableButEmpty = false;  // a hung device: always "readable", never a byte
-
-private:
-    Events& m_Events;
-    FakeClock& m_Clock;
-    std::deque<Arrival> m_Arrivals;
-    int m_OpenResult;
-};
-
-// Holds one transport reference and installs a factory of scripted connectors.
+// Holds one transport reference over a scripted printer.
 class TransportTest : public testing::Test {
 protected:
-    void SetUp() override
-    {
-        HCUSBTransport::setConnectorFactory([this](const char* path) -> std::unique_ptr<HCIOConnector> {
-            m_Paths.push_back(path);
-            auto connector = std::make_unique<ScriptedConnector>(m_Events, m_Fake.clock, m_Script, m_OpenResult);
-            m_Last = connector.get();
-            return connector;
-        });
-        m_Transport = HCUSBTransport::getInstance();
-    }
     void TearDown() override
     {
         testing::internal::CaptureStderr();
         HCUSBTransport::releaseInstance();
         testing::internal::GetCapturedStderr();
-        HCUSBTransport::setConnectorFactory(nullptr);
     }
 
-    ScopedFakeClock m_Fake;
-    Events m_Events;
-    Events m_Paths;
-    std::deque<Arrival> m_Script;
-    int m_OpenResult = 0;
-    ScriptedConnector* m_Last = nullptr;
-    HCUSBTransport* m_Transport = nullptr;
+    ScopedScriptedPrinter m_Scripted;
+    ScriptedPrinter& m_Printer = m_Scripted.printer;
+    FakeClock& m_Clock = m_Scripted.fake.clock;
+    HCUSBTransport* m_Transport = HCUSBTransport::getInstance();
 };
 
 // The read returns once all bytes are there, or once more than four whole
@@ -131,45 +56,45 @@ TEST_F(TransportTest, ReadCollectsPiecesUntilCompleteOrQuiet)
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
-        m_Fake.clock.microseconds = 0;
-        m_Script = c.script;
+        m_Clock.microseconds = 0;
+        m_Printer.answers = {c.script};
+        m_Printer.failWaits = c.failWaits;
+        m_Printer.readableButEmpty = c.readableButEmpty;
         ASSERT_EQ(m_Transport->open("/dev/usb/lp0"), 0);
-        m_Last->failWaits = c.failWaits;
-        m_Last->readableButEmpty = c.readableButEmpty;
         std::vector<uint8_t> buffer(static_cast<size_t>(c.length));
         const int32_t got = m_Transport->read(buffer.data(), c.length);
         ASSERT_GE(got, 0);
         EXPECT_EQ(std::string(buffer.begin(), buffer.begin() + got), c.expected);
-        EXPECT_GE(m_Fake.clock.microseconds, c.earliest);
-        EXPECT_LE(m_Fake.clock.microseconds, c.latest);
+        EXPECT_GE(m_Clock.microseconds, c.earliest);
+        EXPECT_LE(m_Clock.microseconds, c.latest);
     }
 }
 
-TEST_F(TransportTest, EachOpenReplacesThePreviousConnector)
+// Each open replaces the previous connector; the last release destroys the
+// instance once, with its line.
+TEST_F(TransportTest, OpenReplacesTheConnectorAndLastReleaseDestroys)
 {
-    m_OpenResult = 1;
+    m_Printer.openResult = 1;
     EXPECT_EQ(m_Transport->open("/dev/usb/lp0"), -1);
     EXPECT_EQ(m_Transport->close(), 0);  // a connector whose open failed stays until the next open
-    m_OpenResult = 0;
+    m_Printer.openResult = 0;
     EXPECT_EQ(m_Transport->open("2:5"), 0);
-    EXPECT_EQ(m_Events, (Events{"open", "close", "close", "destroyed", "open"}));
-    EXPECT_EQ(m_Paths, (Events{"/dev/usb/lp0", "2:5"}));
-}
+    EXPECT_EQ(m_Printer.paths, (Events{"/dev/usb/lp0", "2:5"}));
 
-TEST_F(TransportTest, LastReleaseDestroysOnceWithItsLine)
-{
     EXPECT_EQ(HCUSBTransport::getInstance(), m_Transport);  // a second reference to the same instance
-    ASSERT_EQ(m_Transport->open("/dev/usb/lp0"), 0);
     testing::internal::CaptureStderr();
     HCUSBTransport::releaseInstance();
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
-    EXPECT_EQ(m_Events, Events{"open"});  // still alive with its connector
-
+    EXPECT_EQ(m_Printer.events.back(), "open");  // still alive with its connector
     testing::internal::CaptureStderr();
     HCUSBTransport::releaseInstance();
     HCUSBTransport::releaseInstance();  // one release too many changes nothing
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "D [CVL] Destroying last instance of usb transport.\n");
-    EXPECT_EQ(m_Events, (Events{"open", "destroyed"}));
+    EXPECT_EQ(m_Printer.events, (Events{"open", "close", "close", "destroyed", "open", "destroyed"}));
+    HCUSBTransport::getInstance();  // counted from zero again: one release destroys it
+    testing::internal::CaptureStderr();
+    HCUSBTransport::releaseInstance();
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "D [CVL] Destroying last instance of usb transport.\n");
 }
 
 }  // namespace

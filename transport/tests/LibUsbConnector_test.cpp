@@ -73,55 +73,46 @@ private:
     usb_bus m_Bus{};
 };
 
-struct WriteCase {
-    const char* name;
-    std::deque<int> results;  // what each bulk write returns
-    int32_t written;
-    std::vector<int> pieces;
-    IoStatus status;
-    int clearedHalts;
-};
-
-void PrintTo(const WriteCase& c, std::ostream* out) { *out << c.name; }
-
-class LibUsbWrite : public testing::TestWithParam<WriteCase> {};
-
-TEST_P(LibUsbWrite, SendsPiecesOfThePacketSize)
+// The bound of three tries applies to tries in a row: progress starts the count again.
+TEST(LibUsbWrite, SendsPiecesOfThePacketSizeWithinTheTryBound)
 {
-    const WriteCase& c = GetParam();
-    ScopedFakeClock fake;
-    FakeUsb usb;
-    LibUsbConnector connector(7, usb);
-    ASSERT_EQ(connector.openDevice(3, 7), 0);
-    usb.writeResults = c.results;
+    const struct {
+        const char* name;
+        std::deque<int> results;  // what each bulk write returns
+        int32_t written;
+        std::vector<int> pieces;
+        IoStatus status;
+        int clearedHalts;
+    } cases[] = {
+        {"whole", {}, 100, {64, 36}, IoStatus::Ok, 0},
+        {"bound is per piece", {kTimedOut, kTimedOut, 64, kTimedOut, kTimedOut}, 100, {64, 64, 64, 36, 36, 36},
+         IoStatus::Ok, 4},
+        {"never taken", {64, kTimedOut, kTimedOut, kTimedOut}, 64, {64, 36, 36, 36}, IoStatus::Failed, 2},
+        {"takes part of a piece", {40, 24}, 100, {64, 60, 36}, IoStatus::Ok, 0},
+        {"stall", {64, kStalled}, 64, {64, 36}, IoStatus::Unavailable, 0},
+        {"error", {-5}, 0, {64}, IoStatus::Failed, 0},
+    };
     std::string request(100, '\0');
     for (size_t i = 0; i < request.size(); ++i) request[i] = char(i);
-
-    testing::internal::CaptureStderr();
-    EXPECT_EQ(connector.write(reinterpret_cast<const uint8_t*>(request.data()), 100), c.written);
-    const std::string err = testing::internal::GetCapturedStderr();
-    EXPECT_EQ(usb.pieces, c.pieces);
-    EXPECT_EQ(connector.getStatus(), static_cast<int32_t>(c.status));
-    EXPECT_EQ(usb.clearedHalts, c.clearedHalts);
-    EXPECT_EQ(usb.received, request.substr(0, size_t(c.written)));
-    const bool gaveUp = c.status == IoStatus::Failed && c.written == 64;
-    EXPECT_EQ(err, gaveUp ? "D [CVL] USB write stopped: the printer took no data in 3 tries of 5000 ms "
-                            "(64 of 100 bytes written).\n"
-                          : "");
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        ScopedFakeClock fake;
+        FakeUsb usb;
+        LibUsbConnector connector(7, usb);
+        ASSERT_EQ(connector.openDevice(3, 7), 0);
+        usb.writeResults = c.results;
+        testing::internal::CaptureStderr();
+        EXPECT_EQ(connector.write(reinterpret_cast<const uint8_t*>(request.data()), 100), c.written);
+        const std::string err = testing::internal::GetCapturedStderr();
+        EXPECT_EQ(usb.pieces, c.pieces);
+        EXPECT_EQ(connector.getStatus(), static_cast<int32_t>(c.status));
+        EXPECT_EQ(usb.clearedHalts, c.clearedHalts);
+        EXPECT_EQ(usb.received, request.substr(0, size_t(c.written)));
+        EXPECT_EQ(err, std::string(c.name) == "never taken"
+                           ? "D [CVL] USB write stopped: the printer took no data in 3 tries of 5000 ms "
+                             "(64 of 100 bytes written).\n"
+                           : "");
+    }
 }
-
-INSTANTIATE_TEST_SUITE_P(
-    Outcomes, LibUsbWrite,
-    testing::Values(WriteCase{"whole", {}, 100, {64, 36}, IoStatus::Ok, 0},
-                    WriteCase{"timeOutThenTaken", {kTimedOut, 64}, 100, {64, 64, 36}, IoStatus::Ok, 1},
-                    // The bound applies to tries in a row: progress starts the count again.
-                    WriteCase{"boundIsPerPiece", {kTimedOut, kTimedOut, 64, kTimedOut, kTimedOut},
-                              100, {64, 64, 64, 36, 36, 36}, IoStatus::Ok, 4},
-                    WriteCase{"neverTaken", {64, kTimedOut, kTimedOut, kTimedOut}, 64, {64, 36, 36, 36},
-                              IoStatus::Failed, 2},
-                    WriteCase{"takesPartOfAPiece", {40, 24}, 100, {64, 60, 36}, IoStatus::Ok, 0},
-                    WriteCase{"stall", {64, kStalled}, 64, {64, 36}, IoStatus::Unavailable, 0},
-                    WriteCase{"error", {-5}, 0, {64}, IoStatus::Failed, 0}),
-    [](const testing::TestParamInfo<WriteCase>& info) { return std::string(info.param.name); });
 
 }  // namespace

@@ -1,3 +1,5 @@
+// The attribute list: unique names in bytewise order, and the buffer forms of
+// its readers, which truncate, fill with zeros and never write past the size.
 #include <gtest/gtest.h>
 
 #include <cstring>
@@ -6,72 +8,41 @@
 
 namespace {
 
-TEST(Attributes, NamesAreUniqueAndOrderedBytewise)
+TEST(Attributes, BufferFormsTruncateZeroFillAndStayInside)
 {
     attributes attrs;
-    attrs.set("b", "1");
-    attrs.set("a", "2");
-    attrs.set("b", "3");
-    attrs.set("B", "4"); // upper case sorts first
-    attrs.set("ab", "5");
-    ASSERT_EQ(attrs.size(), 4u);
-    const char* expected[] = {"B", "a", "ab", "b"};
-    char name[8];
-    for (uint32_t i = 0; i < 4; ++i) {
-        EXPECT_EQ(attrs.getName(i, name, sizeof name), std::strlen(expected[i]));
-        EXPECT_STREQ(name, expected[i]);
-    }
-    EXPECT_EQ(attrs.getValue("b"), "3");
-}
-
-TEST(Attributes, AbsentAndEmptyDifferOnlyInHas)
-{
-    attributes attrs;
+    attrs.set("short", "ab");
+    attrs.set("k", "0123456789");
+    attrs.set("short", "ab");  // replaced, not added
     attrs.set("empty", "");
-    EXPECT_EQ(attrs.getValue("empty"), "");
-    EXPECT_EQ(attrs.getValue("absent"), "");
     EXPECT_EQ(attrs.has("empty"), 1);
     EXPECT_EQ(attrs.has("absent"), 0);
-}
-
-TEST(Attributes, BufferFormsZeroFillAndTruncate)
-{
-    attributes attrs;
-    attrs.set("k", "0123456789");
-    attrs.set("short", "ab");
-
-    struct Case {
-        const char* label;
-        uint32_t (*read)(const attributes&, char*, uint32_t);
+    using Read = uint32_t (*)(const attributes&, char*, uint32_t);
+    const struct {
+        Read read;
         uint32_t size;
         const char* text;
         uint32_t result;
+    } cases[] = {
+        {[](const attributes& a, char* b, uint32_t n) { return a.getValue("k", b, n); }, 4, "012", 3},
+        {[](const attributes& a, char* b, uint32_t n) { return a.getValue("short", b, n); }, 8, "ab", 2},
+        {[](const attributes& a, char* b, uint32_t n) { return a.getValue("x", b, n); }, 8, "", 0},
+        {[](const attributes& a, char* b, uint32_t n) { return a.getValue(1u, b, n); }, 6, "01234", 5},
+        {[](const attributes& a, char* b, uint32_t n) { return a.getValue(3u, b, n); }, 8, "", 0},
+        {[](const attributes& a, char* b, uint32_t n) { return a.getName(2u, b, n); }, 4, "sho", 3},
+        {[](const attributes& a, char* b, uint32_t n) { return a.getName(0u, b, n); }, 1, "", 0},
     };
-    const Case cases[] = {
-        {"value by name, truncated", [](const attributes& a, char* b, uint32_t n) { return a.getValue("k", b, n); }, 4,
-         "012", 3},
-        {"value by name, fits", [](const attributes& a, char* b, uint32_t n) { return a.getValue("short", b, n); }, 8,
-         "ab", 2},
-        {"value by name, absent", [](const attributes& a, char* b, uint32_t n) { return a.getValue("x", b, n); }, 8, "",
-         0},
-        {"value by index", [](const attributes& a, char* b, uint32_t n) { return a.getValue(0u, b, n); }, 6, "01234", 5},
-        {"value index out of range", [](const attributes& a, char* b, uint32_t n) { return a.getValue(2u, b, n); }, 8,
-         "", 0},
-        {"name by index", [](const attributes& a, char* b, uint32_t n) { return a.getName(1u, b, n); }, 3, "sh", 2},
-        {"name index out of range", [](const attributes& a, char* b, uint32_t n) { return a.getName(7u, b, n); }, 8, "",
-         0},
-        {"one-byte buffer", [](const attributes& a, char* b, uint32_t n) { return a.getName(0u, b, n); }, 1, "", 0},
-    };
-    for (const Case& c : cases) {
+    for (size_t row = 0; row < sizeof cases / sizeof cases[0]; ++row) {
+        const auto& c = cases[row];
         char buffer[16];
         std::memset(buffer, 'Z', sizeof buffer);
-        EXPECT_EQ(c.read(attrs, buffer, c.size), c.result) << c.label;
-        EXPECT_STREQ(buffer, c.text) << c.label;
+        EXPECT_EQ(c.read(attrs, buffer, c.size), c.result) << "row " << row;
+        EXPECT_STREQ(buffer, c.text) << "row " << row;
         for (uint32_t i = c.result; i < c.size; ++i) {
-            EXPECT_EQ(buffer[i], '\0') << c.label << " byte " << i;
+            EXPECT_EQ(buffer[i], '\0') << "row " << row << " byte " << i;
         }
-        EXPECT_EQ(buffer[c.size], 'Z') << c.label << ": wrote past the buffer";
+        EXPECT_EQ(buffer[c.size], 'Z') << "row " << row << ": wrote past the buffer";
     }
 }
 
-} // namespace
+}  // namespace

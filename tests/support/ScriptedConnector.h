@@ -1,0 +1,101 @@
+// A printer behind the transport singleton, for tests of the transport and of
+// whole runs: each open starts the next scripted answer, whose pieces reach the
+// host at given times on the fake clock; every request is recorded.
+#pragma once
+
+#include <algorithm>
+#include <deque>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "tests/support/FakeClock.h"
+#include "transport/HCUSBTransport.h"
+
+// Bytes that reach the host at a given time on the fake clock.
+struct Arrival {
+    long long atMicroseconds;
+    std::string bytes;
+};
+
+struct ScriptedPrinter {
+    std::deque<std::deque<Arrival>> answers;  // one per open; none left: silence
+    std::vector<std::string> paths, events;   // the USB path of every open; open, close, destroyed
+    std::vector<std::string> writes;          // every request, as written
+    int openResult = 0;
+    bool failWaits = false;
+    bool readableButEmpty = false;  // a hung device: always "readable", never a byte
+};
+
+class ScriptedConnector : public HCIOConnector {
+public:
+    ScriptedConnector(ScriptedPrinter& printer, FakeClock& clock) : m_Printer(printer), m_Clock(clock) {}
+    ~ScriptedConnector() override { m_Printer.events.push_back("destroyed"); }
+    int open() override
+    {
+        m_Printer.events.push_back("open");
+        if (!m_Printer.answers.empty()) {
+            m_Pending = m_Printer.answers.front();
+            m_Printer.answers.pop_front();
+        }
+        return m_Printer.openResult;
+    }
+    int close() override { return m_Printer.events.push_back("close"), 0; }
+    // Hands over what arrived of the first pending piece; the rest stays for the next read.
+    int32_t read(uint8_t* buffer, int32_t length) override
+    {
+        if (m_Pending.empty() || m_Pending.front().atMicroseconds > m_Clock.microseconds)
+            return -1;  // nothing there: what a non-blocking read gives
+        std::string& bytes = m_Pending.front().bytes;
+        const size_t take = std::min(static_cast<size_t>(length), bytes.size());
+        bytes.copy(reinterpret_cast<char*>(buffer), take);
+        bytes.erase(0, take);
+        if (bytes.empty())
+            m_Pending.pop_front();
+        return static_cast<int32_t>(take);
+    }
+    int queryDevice(uint8_t*, int32_t) override { return 0; }
+    int32_t write(const uint8_t* buffer, int32_t length) override
+    {
+        m_Printer.writes.emplace_back(reinterpret_cast<const char*>(buffer), static_cast<size_t>(length));
+        return length;
+    }
+    // Advances the clock the way a select() with that limit (in ms) would.
+    IoStatus waitReadable(int32_t timeLimit) override
+    {
+        const long long limit = 1000LL * timeLimit;
+        if (m_Printer.failWaits)
+            return IoStatus::Failed;
+        if (m_Printer.readableButEmpty) {
+            m_Clock.waited(limit);
+            return IoStatus::DataReady;
+        }
+        if (!m_Pending.empty() && m_Pending.front().atMicroseconds <= m_Clock.microseconds + limit) {
+            m_Clock.microseconds = std::max(m_Clock.microseconds, m_Pending.front().atMicroseconds);
+            return IoStatus::DataReady;
+        }
+        m_Clock.waited(limit);
+        return IoStatus::TimedOut;
+    }
+    IoStatus waitWritable(int32_t) override { return IoStatus::WriteReady; }
+
+private:
+    ScriptedPrinter& m_Printer;
+    FakeClock& m_Clock;
+    std::deque<Arrival> m_Pending;
+};
+
+// The scripted printer on the fake clock, installed for the lifetime of the object.
+struct ScopedScriptedPrinter {
+    ScopedScriptedPrinter()
+    {
+        HCUSBTransport::setConnectorFactory([this](const char* path) -> std::unique_ptr<HCIOConnector> {
+            printer.paths.push_back(path);
+            return std::make_unique<ScriptedConnector>(printer, fake.clock);
+        });
+    }
+    ~ScopedScriptedPrinter() { HCUSBTransport::setConnectorFactory(nullptr); }
+
+    ScopedFakeClock fake;
+    ScriptedPrinter printer;
+};
