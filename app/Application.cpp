@@ -111,7 +111,12 @@ bool Application::fillConfig()
         findUsbPath(m_Config->usbPath, m_Argc, m_Args);
         // A packet file that cannot be opened leaves no digits: nothing is
         // printed and an empty packet goes out, as before any file was known.
-        readNpaFile(*m_Config, m_Args[3]);
+        // One too large to be a packet file is refused.
+        if (readNpaFile(*m_Config, m_Args[3]) == -2) {
+            std::fprintf(stderr, "D [CVL] Cannot read packet file '%s': %s\n", m_Args[3].c_str(),
+                         std::strerror(errno));
+            return false;
+        }
         return true;
     }
 
@@ -122,7 +127,14 @@ int Application::dispatch()
 {
     if (m_Mode == "-h")
         return printUsage();
+    const int result = runMode();
+    // Modes that succeed whatever the printer answers still fail when it
+    // went away during the run.
+    return result == 0 && m_Configurator->printerGone() ? 1 : result;
+}
 
+int Application::runMode()
+{
     for (const ModeEntry& entry : kModeTable) {
         if (m_Mode != entry.mode)
             continue;
@@ -155,15 +167,30 @@ int Application::sendRawPacket()
     return result;
 }
 
+namespace {
+
+// Standard output carries what the user asked for: a run whose output could
+// not be written (a full disk, a closed descriptor) has failed.
+bool outputWritten()
+{
+    const bool flushed = std::fflush(stdout) == 0;
+    const int error = flushed ? EIO : errno;  // an earlier write failed: its reason is gone
+    if (flushed && std::ferror(stdout) == 0)
+        return true;
+    std::fprintf(stderr, "D [CVL] Cannot write the output: %s\n", std::strerror(error));
+    return false;
+}
+
+}  // namespace
+
 int runCorvelcfg(int argc, const char* const* argv)
 {
-    if (argc <= 1)
-        return Application::printUsage();
-
     int result;
-    {
+    if (argc <= 1) {
+        result = Application::printUsage();
+    } else {
         Application application(argc, argv);
         result = application.getResult();
     }
-    return result & 0xFF;
+    return outputWritten() ? result & 0xFF : kOutputError;
 }

@@ -7,13 +7,16 @@
 //   0xA0-0xBF  the printer pauses: a wait passes a second without data
 //   0xC0-0xDF  the answer ends: the printer is silent until the next open
 //   0xE0-0xEF  the read finds the end of the file (the node was hung up)
-//   0xF0-0xFF  the read fails (an I/O error)
+//   0xF0-0xF7  the read fails with EIO: the printer is gone, and every later
+//              open, read and write fails
+//   0xF8-0xFF  the read is interrupted by a signal (EINTR)
 //
 // Each run must end (a bound on the connector calls and on the fake time),
 // stay inside its buffers (ASan) and exit with a status its mode documents.
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
@@ -35,6 +38,9 @@ struct PrinterScript {
     size_t position = 0;
     size_t pieceLeft = 0;  // answer bytes of the current piece not read yet
     bool silentUntilOpen = false;
+    bool gone = false;
+    long callsWhenGone = 0;
+    long long goneAtMicroseconds = 0;
     long calls = 0;
     long callLimit = 0;
     long long timeLimitMicroseconds = 0;
@@ -58,6 +64,9 @@ FILE* realStderr = stderr;
     std::abort();
 }
 
+constexpr long kCallsAfterGone = 8;
+constexpr long long kSecondsAfterGone = 6;
+
 // Every connector call counts; a run that outlives the bounds is stuck.
 void countCall()
 {
@@ -66,9 +75,21 @@ void countCall()
     if (fakeClock.microseconds > script.timeLimitMicroseconds)
         fail(std::string(runMode) + ": the run went on for " + std::to_string(fakeClock.microseconds / 1000000) +
              " s");
+    // A printer gone ends the run: at most the exchange under way finishes
+    // its fixed wait, nothing is tried again.
+    if (script.gone && (script.calls - script.callsWhenGone > kCallsAfterGone ||
+                        fakeClock.microseconds - script.goneAtMicroseconds > kSecondsAfterGone * 1000000LL))
+        fail(std::string(runMode) + ": the run went on after the printer was gone");
 }
 
-enum class Event { Answer, NothingThere, Pause, AnswerEnds, EndOfFile, ReadError };
+void goneNow()
+{
+    script.gone = true;
+    script.callsWhenGone = script.calls;
+    script.goneAtMicroseconds = fakeClock.microseconds;
+}
+
+enum class Event { Answer, NothingThere, Pause, AnswerEnds, EndOfFile, Gone, Interrupted };
 
 Event eventOf(uint8_t control)
 {
@@ -77,7 +98,8 @@ Event eventOf(uint8_t control)
     if (control < 0xC0) return Event::Pause;
     if (control < 0xE0) return Event::AnswerEnds;
     if (control < 0xF0) return Event::EndOfFile;
-    return Event::ReadError;
+    if (control < 0xF8) return Event::Gone;
+    return Event::Interrupted;
 }
 
 // A device node driven by the script. A wait with nothing to come lets a
@@ -88,12 +110,13 @@ public:
     {
         countCall();
         script.silentUntilOpen = false;
-        return 0;
+        return script.gone ? 1 : 0;
     }
     int close() override { return countCall(), 0; }
     int32_t write(const uint8_t*, int32_t length) override
     {
         countCall();
+        if (script.gone) return failWith(IoStatus::Gone, EIO);
         record(IoStatus::Ok);
         return length;
     }
@@ -103,7 +126,8 @@ public:
     IoStatus waitReadable(int32_t) override
     {
         countCall();
-        if (script.pieceLeft > 0) return IoStatus::DataReady;
+        // A hung-up node is always readable; its reads fail.
+        if (script.pieceLeft > 0 || script.gone) return IoStatus::DataReady;
         if (!script.atEnd()) {
             switch (eventOf(script.peek())) {
             case Event::Pause:
@@ -124,6 +148,7 @@ public:
     int32_t read(uint8_t* buffer, int32_t length) override
     {
         countCall();
+        if (script.gone) return failWith(IoStatus::Gone, EIO);
         if (script.pieceLeft > 0) return readPiece(buffer, length);
         if (script.atEnd()) return nothingThere();
         const uint8_t control = script.next();
@@ -143,9 +168,11 @@ public:
         case Event::EndOfFile:
             record(IoStatus::Ok);
             return 0;
-        case Event::ReadError:
-            record(IoStatus::Failed);
-            return -1;
+        case Event::Gone:
+            goneNow();
+            return failWith(IoStatus::Gone, EIO);
+        case Event::Interrupted:
+            return failWith(IoStatus::Interrupted, EINTR);
         }
         return -1;
     }
@@ -163,9 +190,12 @@ private:
         return count > 0 ? static_cast<int32_t>(count) : -1;
     }
 
-    int32_t nothingThere()
+    int32_t nothingThere() { return failWith(IoStatus::TryAgain, EAGAIN); }
+
+    int32_t failWith(IoStatus status, int error)
     {
-        record(IoStatus::TryAgain);
+        record(status);
+        m_Error = error;
         return -1;
     }
 };
@@ -246,15 +276,15 @@ void makeRuns()
         {{"-ip"}, settings},
         {{"-r"}, {0, 1}},
         {{"-802s"}, {}},  // the status byte as the printer sent it
-        {{"-cer"}, {0}},
-        {{"-npa", "-file", packet, "/dev/usb/lp0"}, {0}},
-        {{"-npa"}, {0}},
+        {{"-cer"}, {0, 1}},  // 1: the printer went away
+        {{"-npa", "-file", packet, "/dev/usb/lp0"}, {0, 1}},
+        {{"-npa"}, {0, 1}},
         {{"-rcerdefs"}, {0, 1}},
         {{"-csr", "--cer-org=Acme", "--cer-country=DE", "--cer-common=printer1", "--cer-path=" + csr}, {0, 1}},
         {{"-icer", "--802-CA-cer-file=" + ca}, {0, 1, 2}},
         {{"-icer", "--802-signed-cer-file=" + ca}, {0, 1, 2}},
         {{"-icer", "-file", icer}, {0, 1, 2}},
-        {{"--ssid=Home"}, {0}},
+        {{"--ssid=Home"}, {0, 1}},
         {{"-h"}, {0}},
     };
 }

@@ -47,6 +47,9 @@ public:
     // Sends raw bytes unchanged and dumps the answer. Returns 0.
     int sendNPA(const uint8_t* bytes, int32_t length, int timeLimitSeconds);
 
+    // True once the printer's device went away during the run.
+    bool printerGone() const { return npaChannel->deviceGone(); }
+
 private:
     // The sequences of advancedConfig.
     int configureOpen();

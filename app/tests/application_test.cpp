@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <ctime>
 #include <deque>
 #include <memory>
@@ -26,6 +27,7 @@ struct ScriptedPrinter {
     std::deque<std::string> answers;
     Lines paths;   // the USB path of every open
     Lines writes;  // hex of every request
+    bool hungUp = false;  // its node fails every read with EIO, as once unplugged
 };
 
 class PrinterConnector : public HCIOConnector {
@@ -42,6 +44,11 @@ public:
     int close() override { return 0; }
     int32_t read(uint8_t* buffer, int32_t length) override
     {
+        if (m_Printer.hungUp) {
+            record(IoStatus::Gone);
+            m_Error = EIO;
+            return -1;
+        }
         if (m_Pending.empty())
             return -1;  // nothing there: what a non-blocking read gives
         const auto count = static_cast<long>(std::min(m_Pending.size(), static_cast<size_t>(length)));
@@ -57,7 +64,7 @@ public:
     }
     IoStatus waitReadable(int32_t) override
     {
-        if (!m_Pending.empty())
+        if (!m_Pending.empty() || m_Printer.hungUp)
             return IoStatus::DataReady;
         m_Clock.waited(1000000);  // a quiet printer lets a second pass per wait
         return IoStatus::TimedOut;
@@ -221,6 +228,35 @@ TEST_F(RunDriver, UsageWithoutArgumentsAndForDashH)
     EXPECT_NE(bare.out.find("USAGE:"), std::string::npos);
     EXPECT_EQ(help.out, bare.out);
     EXPECT_TRUE(printer.paths.empty());
+}
+
+// A printer whose node fails with EIO ends the run at its first read: one
+// line, no request sent again, no fixed wait beyond the first exchange's,
+// and the mode's failure status (1 where the mode has no other).
+TEST_F(RunDriver, PrinterGoneEndsTheRunAtOnce)
+{
+    const struct {
+        std::vector<std::string> args;
+        int status;
+    } cases[] = {
+        {{"-c", "--ssid=net"}, 255}, {{"-s"}, 1}, {{"-t"}, 1},   {{"-r"}, 1},           {{"-802s"}, 255},
+        {{"-cer"}, 1},               {{"-npa"}, 1}, {{"--ssid=net"}, 1}, {{"-rcerdefs"}, 1},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.args[0]);
+        printer = ScriptedPrinter{};
+        printer.hungUp = true;
+        fake.clock.microseconds = 0;
+        const RunResult result = run(c.args);
+        EXPECT_EQ(result.status, c.status);
+        EXPECT_EQ(printer.writes.size(), 1u);
+        EXPECT_LE(fake.clock.now() - fake.clock.start, 5);
+        const std::string gone = "D [CVL] The printer is gone (Input/output error): no further requests are sent.\n";
+        const size_t at = result.err.find(gone);
+        EXPECT_NE(at, std::string::npos);
+        EXPECT_EQ(result.err.find(gone, at + 1), std::string::npos);
+        EXPECT_EQ(result.err.find("Failed to open"), std::string::npos);
+    }
 }
 
 TEST_F(RunDriver, UnreadableInputFileStopsTheRunBeforeAnyExchange)
