@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <cstring>
 
+#include "app/StandardStreams.h"
 #include "cert/CertProc.h"
 #include "npa/WirelessConfigurator.h"
 #include "transport/HexDump.h"
@@ -167,24 +168,9 @@ int Application::sendRawPacket()
     return result;
 }
 
-namespace {
-
-// Standard output carries what the user asked for: a run whose output could
-// not be written (a full disk, a closed descriptor) has failed.
-bool outputWritten()
-{
-    const bool flushed = std::fflush(stdout) == 0;
-    const int error = flushed ? EIO : errno;  // an earlier write failed: its reason is gone
-    if (flushed && std::ferror(stdout) == 0)
-        return true;
-    std::fprintf(stderr, "D [CVL] Cannot write the output: %s\n", std::strerror(error));
-    return false;
-}
-
-}  // namespace
-
 int runCorvelcfg(int argc, const char* const* argv)
 {
+    holdClosedStandardDescriptors();
     int result;
     if (argc <= 1) {
         result = Application::printUsage();
@@ -192,5 +178,7 @@ int runCorvelcfg(int argc, const char* const* argv)
         Application application(argc, argv);
         result = application.getResult();
     }
+    // Standard output carries what the user asked for: a run whose output
+    // could not be written (a full disk, a closed descriptor) has failed.
     return outputWritten() ? result & 0xFF : kOutputError;
 }

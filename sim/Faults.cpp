@@ -80,7 +80,10 @@ const char* faultHelp()
            "  cert-e0[=N]       insert N bytes 0xE0 (default 3, at most 64) at evenly\n"
            "                    spread places into certificate-manager answers' XML\n"
            "  cert-silent       the certificate manager does not answer; other requests\n"
-           "                    are answered\n";
+           "                    are answered\n"
+           "  vanish[=N]        answer N requests (default 0), then go away at the next\n"
+           "                    one, as when unplugged: the device node hangs up (lp\n"
+           "                    nodes only)\n";
 }
 
 bool addFault(FaultSet& faults, const std::string& faultText, std::string& error)
@@ -116,6 +119,9 @@ bool addFault(FaultSet& faults, const std::string& faultText, std::string& error
     } else if (name == "truncate") {
         faults.truncateBy = 4;
         ok = !hasValue || parseCount(value, 1, 4096, faults.truncateBy);
+    } else if (name == "vanish") {
+        faults.vanishAfter = 0;
+        ok = !hasValue || parseCount(value, 0, 100000, faults.vanishAfter);
     } else if (name == "late") {
         ok = hasValue && parseCount(value, 1, 600000, faults.lateMs);
     } else {
