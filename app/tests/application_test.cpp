@@ -11,7 +11,11 @@
 #include <string>
 #include <vector>
 
+#include <fcntl.h>
+#include <unistd.h>
+
 #include "app/Application.h"
+#include "app/StandardStreams.h"
 #include "tests/support/FakeClock.h"
 #include "tests/support/FakeCommTransport.h"
 #include "tests/support/TempFile.h"
@@ -279,6 +283,21 @@ TEST_F(RunDriver, UnreadableInputFileStopsTheRunBeforeAnyExchange)
         EXPECT_EQ(result.out, "");
         EXPECT_TRUE(printer.paths.empty());
     }
+}
+
+// With standard output closed by the caller, the next open (the printer's
+// node) must not become standard output, and writing there must fail.
+TEST(StandardStreams, ClosedOutputIsHeldSoThePrinterNeverTakesItsPlace)
+{
+    EXPECT_EXIT(
+        {
+            ::close(STDOUT_FILENO);
+            holdClosedStandardDescriptors();
+            const int printerNode = ::open("/dev/null", O_RDWR);
+            const bool held = printerNode != STDOUT_FILENO && ::write(STDOUT_FILENO, "x", 1) == -1 && errno == EBADF;
+            _exit(held ? 0 : 1);
+        },
+        testing::ExitedWithCode(0), "");
 }
 
 }  // namespace
