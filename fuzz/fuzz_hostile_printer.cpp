@@ -6,7 +6,7 @@
 //   0x80-0x9F  the device signals readable but the read finds nothing
 //   0xA0-0xBF  the printer pauses: a wait passes a second without data
 //   0xC0-0xDF  the answer ends: the printer is silent until the next open
-//   0xE0-0xEF  the read finds the end of the file (the node was hung up)
+//   0xE0-0xEF  the read returns 0 bytes without an error (an empty packet)
 //   0xF0-0xF7  the read fails with EIO: the printer is gone, and every later
 //              open, read and write fails
 //   0xF8-0xFF  the read is interrupted by a signal (EINTR)
