@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <cstring>
 
+#include "app/StandardStreams.h"
 #include "cert/CertProc.h"
 #include "npa/WirelessConfigurator.h"
 #include "transport/HexDump.h"
@@ -111,7 +112,12 @@ bool Application::fillConfig()
         findUsbPath(m_Config->usbPath, m_Argc, m_Args);
         // A packet file that cannot be opened leaves no digits: nothing is
         // printed and an empty packet goes out, as before any file was known.
-        readNpaFile(*m_Config, m_Args[3]);
+        // One too large to be a packet file is refused.
+        if (readNpaFile(*m_Config, m_Args[3]) == -2) {
+            std::fprintf(stderr, "D [CVL] Cannot read packet file '%s': %s\n", m_Args[3].c_str(),
+                         std::strerror(errno));
+            return false;
+        }
         return true;
     }
 
@@ -122,7 +128,6 @@ int Application::dispatch()
 {
     if (m_Mode == "-h")
         return printUsage();
-
     for (const ModeEntry& entry : kModeTable) {
         if (m_Mode != entry.mode)
             continue;
@@ -157,13 +162,15 @@ int Application::sendRawPacket()
 
 int runCorvelcfg(int argc, const char* const* argv)
 {
-    if (argc <= 1)
-        return Application::printUsage();
-
+    holdClosedStandardDescriptors();
     int result;
-    {
+    if (argc <= 1) {
+        result = Application::printUsage();
+    } else {
         Application application(argc, argv);
         result = application.getResult();
     }
-    return result & 0xFF;
+    // Standard output carries what the user asked for: a run whose output
+    // could not be written (a full disk, a closed descriptor) has failed.
+    return outputWritten() ? result & 0xFF : kOutputError;
 }

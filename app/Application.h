@@ -13,6 +13,9 @@ class WirelessConfigurator;
 
 // Exit status of a run whose settings or packet file could not be read.
 constexpr int kInputFileError = 2;
+// Exit status of a run whose standard output could not be written, whatever
+// the mode's own result (EX_IOERR of sysexits.h).
+constexpr int kOutputError = 74;
 
 class Application {
 public:
@@ -41,5 +44,6 @@ private:
 };
 
 // Process entry: prints the usage text without arguments, otherwise runs the
-// mode. Returns the exit status: the result's low eight bits.
+// mode. Returns the exit status: the result's low eight bits, or
+// kOutputError when standard output could not be written.
 int runCorvelcfg(int argc, const char* const* argv);

@@ -2,10 +2,11 @@
 // packet file, or the USB path alone.
 #include "app/ConfigDetails.h"
 
-#include <cerrno>
-#include <cstdio>
 #include <algorithm>
+#include <cstdio>
 #include <cstring>
+
+#include "app/InputFile.h"
 
 namespace {
 
@@ -97,32 +98,30 @@ int readConfigFile(ConfigDetails& config, const std::string& fileName, const std
 {
     config.usbPath = usbPath;
 
-    std::FILE* file = std::fopen(fileName.c_str(), "r");
-    if (file == nullptr)
+    // A file that opens but cannot be read (a directory, an I/O error) or
+    // is too large is reported like one that cannot be opened.
+    std::string content;
+    if (readInputFile(fileName, content) != InputFileRead::Read)
         return -1;
 
     // Lines longer than 255 characters arrive in several pieces, each taken
-    // as a line of its own; a carriage return stays part of the text.
+    // as a line of its own; a carriage return stays part of the text, a zero
+    // byte ends it.
+    constexpr std::size_t kPiece = 255;
     std::vector<std::string> lines;
-    char buffer[256];
-    for (;;) {
-        std::memset(buffer, 0, sizeof buffer);
-        if (std::fgets(buffer, sizeof buffer, file) == nullptr)
-            break;
-        if (char* lineFeed = std::strchr(buffer, '\n'))
-            *lineFeed = '\0';
-        if (buffer[0] == '#')
+    for (std::size_t at = 0; at < content.size();) {
+        std::size_t end = std::min(content.size(), at + kPiece);
+        const std::size_t lineFeed = content.find('\n', at);
+        if (lineFeed != std::string::npos && lineFeed < end)
+            end = lineFeed + 1;
+        std::string line = content.substr(at, end - at);
+        at = end;
+        line.resize(std::strlen(line.c_str()));
+        if (!line.empty() && line.back() == '\n')
+            line.pop_back();
+        if (!line.empty() && line[0] == '#')
             continue;
-        lines.emplace_back(buffer);
-    }
-    // A file that opens but cannot be read (a directory, an I/O error) is
-    // reported like one that cannot be opened.
-    const bool readFailed = std::ferror(file) != 0;
-    const int readErrno = errno;
-    std::fclose(file);
-    if (readFailed) {
-        errno = readErrno;
-        return -1;
+        lines.push_back(line);
     }
 
     for (const std::string& line : lines)
@@ -142,19 +141,20 @@ int findUsbPath(std::string& usbPath, int argc, const std::vector<std::string>& 
 
 int readNpaFile(ConfigDetails& config, const std::string& path)
 {
-    std::FILE* file = std::fopen(path.c_str(), "rb");
-    if (file == nullptr)
+    std::string content;
+    const InputFileRead outcome = readInputFile(path, content);
+    if (outcome == InputFileRead::CannotOpen)
         return -1;
+    if (outcome == InputFileRead::TooLarge)
+        return -2;
 
     // Every byte that is no hexadecimal digit (blanks, commas, the x of 0x)
-    // is skipped.
+    // is skipped; a read error keeps what came before it.
     config.npaData.clear();
-    int c;
-    while ((c = std::fgetc(file)) != EOF) {
-        if (isHexDigit(c))
-            config.npaData.push_back(static_cast<char>(c));
+    for (char c : content) {
+        if (isHexDigit(static_cast<unsigned char>(c)))
+            config.npaData.push_back(c);
     }
-    std::fclose(file);
 
     std::printf("npaFileData: (%d bytes) %s\n", static_cast<int>(config.npaData.size()), config.npaData.c_str());
     return 0;

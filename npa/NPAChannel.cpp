@@ -87,7 +87,9 @@ int32_t NPAChannel::exchangeNPA(const uint8_t* request, int32_t length, std::vec
 {
     answer.clear();
     if (transport.open(devicePath.c_str()) != 0) {
-        std::fprintf(stderr, "D [CVL] Failed to open usb device '%s'!\n", devicePath.c_str());
+        if (!transport.deviceGone()) {  // a printer gone was reported once already
+            std::fprintf(stderr, "D [CVL] Failed to open usb device '%s'!\n", devicePath.c_str());
+        }
         return 0;
     }
     transport.write(request, length);
@@ -97,7 +99,7 @@ int32_t NPAChannel::exchangeNPA(const uint8_t* request, int32_t length, std::vec
     const std::time_t start = clock.now();
 
     while (readPacket(transport, answer) != PacketRead::AnswerEnds) {
-        if (clock.now() - start >= timeLimitSeconds) {
+        if (clock.now() - start >= timeLimitSeconds || transport.deviceGone()) {
             break;
         }
     }
@@ -106,10 +108,18 @@ int32_t NPAChannel::exchangeNPA(const uint8_t* request, int32_t length, std::vec
     return static_cast<int32_t>(answer.size());
 }
 
+bool NPAChannel::deviceGone() const
+{
+    return transport.deviceGone();
+}
+
 int NPAChannel::sendSettings(const uint8_t* request, int32_t length)
 {
     std::vector<uint8_t> answer(kSettingsAnswerSize, 0);
-    transport.open(devicePath.c_str());  // a failed open shows as an empty answer
+    // A failed open shows as an empty answer; a printer gone gets no more waits.
+    if (transport.open(devicePath.c_str()) != 0 && transport.deviceGone()) {
+        return -1;
+    }
     transport.write(request, length);
     currentClock().sleep(kSettingsWaitSeconds);
     const int32_t got = boundedCount(transport.read(answer.data(), kSettingsAnswerSize), kSettingsAnswerSize);
@@ -125,7 +135,10 @@ int32_t NPAChannel::readOnce(const uint8_t* request, int32_t length, std::vector
                              unsigned waitSeconds)
 {
     std::fill(buffer.begin(), buffer.end(), 0);
-    transport.open(devicePath.c_str());  // a failed open shows as an empty answer
+    // A failed open shows as an empty answer; a printer gone gets no more waits.
+    if (transport.open(devicePath.c_str()) != 0 && transport.deviceGone()) {
+        return 0;
+    }
     transport.write(request, length);
     if (waitSeconds > 0) {
         currentClock().sleep(waitSeconds);

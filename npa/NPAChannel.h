@@ -40,6 +40,8 @@ public:
     int pollText(const uint8_t* request, int32_t length);         // prints the text value found
 
     const std::string& getDevicePath() const { return devicePath; }
+    // True once the printer's device went away (reported on standard error).
+    bool deviceGone() const;
 
     // A further channel to the same printer over the same transport, for a
     // client that makes exchanges of its own (the certificate manager).

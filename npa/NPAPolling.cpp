@@ -44,7 +44,7 @@ NPAChannel::PollOutcome NPAChannel::poll(const uint8_t* request, int32_t length,
 {
     answer.assign(rule.answerSize, 0);
     got = 0;
-    for (int attempt = 0; attempt < rule.attempts; ++attempt) {
+    for (int attempt = 0; attempt < rule.attempts && !deviceGone(); ++attempt) {
         if (attempt > 0 && rule.pauseBetween > 0) {
             currentClock().sleep(rule.pauseBetween);
         }

@@ -21,7 +21,8 @@ cmake -S . -B "$build" -DCMAKE_C_COMPILER=clang -DCMAKE_CXX_COMPILER=clang++ -DC
   -DCORVEL_FUZZ=ON -DBUILD_TESTING=OFF -DCORVEL_BUILD_SIM=OFF -DCORVEL_WERROR=ON >/dev/null
 targets=("$@")
 if [ ${#targets[@]} -eq 0 ]; then
-  targets=(fuzz_sax_parser fuzz_xpath fuzz_obj_store_response fuzz_base64_decode fuzz_cert_answer fuzz_pem_subject)
+  targets=(fuzz_sax_parser fuzz_xpath fuzz_obj_store_response fuzz_base64_decode fuzz_cert_answer fuzz_pem_subject
+           fuzz_hostile_printer)
 fi
 cmake --build "$build" --target "${targets[@]}" -j"$jobs"
 if [ "${FUZZ_BUILD_ONLY:-0}" = 1 ]; then exit 0; fi

@@ -23,7 +23,7 @@ bool parseCount(const std::string& text, int low, int high, int& value)
 struct CountedFault {
     const char* name;
     int FaultSet::*count;
-    int defaultCount;  // 0: a value is needed
+    int defaultCount;  // -1: a value is needed
     int low, high;
 };
 
@@ -31,7 +31,8 @@ const CountedFault kCountedFaults[] = {
     {"noise", &FaultSet::noiseBytes, 4, 1, 4096},
     {"split", &FaultSet::splitParts, 2, 2, 64},
     {"truncate", &FaultSet::truncateBy, 4, 1, 4096},
-    {"late", &FaultSet::lateMs, 0, 1, 600000},
+    {"late", &FaultSet::lateMs, -1, 1, 600000},
+    {"vanish", &FaultSet::vanishAfter, 0, 0, 100000},
     {"cert-e0", &FaultSet::certE0Bytes, 3, 1, 64},
 };
 
@@ -111,7 +112,10 @@ const char* faultHelp()
            "  cert-e0[=N]       insert N bytes 0xE0 (1..64, default 3) at evenly\n"
            "                    spread places into certificate-manager answers' XML\n"
            "  cert-silent       the certificate manager does not answer; other requests\n"
-           "                    are answered\n";
+           "                    are answered\n"
+           "  vanish[=N]        answer N requests (0..100000, default 0), then go away at\n"
+           "                    the next one, as when unplugged: the device node hangs up\n"
+           "                    (lp nodes only)\n";
 }
 
 bool addFault(FaultSet& faults, const std::string& faultText, std::string& error)
@@ -139,9 +143,12 @@ bool addFault(FaultSet& faults, const std::string& faultText, std::string& error
         else ok = !hasValue || value == "after";
         rule = "after or instead";
     } else if (const CountedFault* counted = countedFault(name)) {
-        faults.*counted->count = counted->defaultCount;
-        ok = hasValue ? parseCount(value, counted->low, counted->high, faults.*counted->count)
-                      : counted->defaultCount != 0;
+        if (hasValue) {
+            ok = parseCount(value, counted->low, counted->high, faults.*counted->count);
+        } else {
+            ok = counted->defaultCount >= 0;
+            if (ok) faults.*counted->count = counted->defaultCount;
+        }
         rule = "a number from " + std::to_string(counted->low) + " to " + std::to_string(counted->high);
     } else {
         error = "unknown fault '" + faultText + "'";

@@ -35,6 +35,9 @@ struct FaultSet {
     DropPacket dropPacket = DropPacket::None;  // a 0x80-flagged packet
     int truncateBy = 0;           // the last packet announces this many bytes more than it has
     int lateMs = 0;               // real milliseconds before the answer goes out
+    // The printer goes away: its device node hangs up when a request arrives
+    // after this many were answered (-1: never).
+    int vanishAfter = -1;
 };
 
 // Adds one "--fault" value (NAME or NAME=VALUE) to `faults`; false and a

@@ -117,7 +117,16 @@ void PrinterServer::handleRequest(Port& port, const Request& request, bool answe
     entry.usbAddress = port.usbAddress;
     entry.bulkOut.swap(port.bulkOut);
     entry.request = &request;
+    if (answer && port.lp >= 0 && m_Faults.vanishAfter >= 0 && m_Answered >= m_Faults.vanishAfter) {
+        entry.faults.push_back("vanish");
+        m_Log.write(entry);
+        m_Testbed.hangUp(port.lp);
+        port.fd = -1;  // poll() skips it from now on
+        port.outbox.clear();
+        return;
+    }
     if (answer) {
+        ++m_Answered;
         // Whatever the utility left unread belongs to an earlier exchange.
         m_Testbed.discardUnread(port.lp);
         port.outbox.clear();

@@ -67,6 +67,7 @@ private:
     Responder m_Responder;
     SharedStateFile* m_StateFile;
     std::vector<Port> m_Ports;
+    int m_Answered = 0;  // requests answered so far, for the vanish fault
 };
 
 }  // namespace corvelsim

@@ -91,6 +91,25 @@ void Testbed::discardUnread(int lpNumber)
     if (slave != m_Slaves.end()) tcflush(slave->second, TCIFLUSH);
 }
 
+void Testbed::hangUp(int lpNumber)
+{
+    auto master = m_Masters.find(lpNumber);
+    if (master == m_Masters.end()) return;
+    // Closing the master hangs up every slave descriptor; putting /dev/null
+    // in its place closes it without freeing the number, which the testbed
+    // closes again when it goes.
+    int nothing = ::open("/dev/null", O_RDWR | O_CLOEXEC);
+    if (nothing >= 0) {
+        dup2(nothing, master->second);
+        ::close(nothing);
+    }
+    auto slave = m_Slaves.find(lpNumber);
+    if (slave != m_Slaves.end()) {
+        ::close(slave->second);
+        m_Slaves.erase(slave);
+    }
+}
+
 Testbed::~Testbed()
 {
     for (auto& [lp, fd] : m_Slaves) ::close(fd);

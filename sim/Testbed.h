@@ -33,6 +33,11 @@ public:
     // old answer cannot be taken for the answer to a new request.
     void discardUnread(int lpNumber);
 
+    // Hangs up lpN as an unplugged printer's node: the utility's reads find
+    // the end of the file and a hang-up. The master's number stays taken (by
+    // /dev/null) until the testbed closes it; the server must stop using it.
+    void hangUp(int lpNumber);
+
 private:
     Testbed() = default;
 

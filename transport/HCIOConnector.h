@@ -17,6 +17,8 @@ public:
     virtual IoStatus waitWritable(int32_t timeLimit) = 0;
 
     int32_t getStatus() const { return m_Status; }
+    // The system's error number of the last call that failed with one, else 0.
+    int getError() const { return m_Error; }
     int32_t getKind() const { return m_Kind; }
     void setKind(int32_t kind) { m_Kind = kind; }
 
@@ -25,4 +27,5 @@ protected:
 
     int32_t m_Status = static_cast<int32_t>(IoStatus::Ok);  // status of the last operation that recorded one
     int32_t m_Kind = 0;                                     // 2 device node, 3 libusb
+    int m_Error = 0;
 };

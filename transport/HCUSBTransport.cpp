@@ -3,6 +3,7 @@
 #include "transport/HCUSBTransport.h"
 
 #include <cstdio>
+#include <cstring>
 
 #include "transport/Clock.h"
 #include "transport/LibUsbConnector.h"
@@ -85,6 +86,9 @@ HCUSBTransport::~HCUSBTransport() = default;  // the connector closes itself whe
 
 int32_t HCUSBTransport::open(const char* usbPath)
 {
+    if (m_DeviceGone) {
+        return -1;
+    }
     // The connector of the previous exchange goes first; its close result does not matter.
     if (m_Connector) {
         m_Connector->close();
@@ -126,9 +130,18 @@ int32_t HCUSBTransport::read(uint8_t* buffer, int32_t length)
     if (buffer == nullptr || length <= 0) {
         return 0;
     }
+    if (m_DeviceGone) {
+        return 0;
+    }
     int32_t got = m_Connector->read(buffer, length);
     if (got == length) {
         return got;
+    }
+    if (got < 0) {
+        checkGone();
+        if (m_DeviceGone) {
+            return 0;
+        }
     }
     if (got < 0 || got > length) {
         got = got < 0 ? 0 : length;
@@ -149,7 +162,15 @@ int32_t HCUSBTransport::read(uint8_t* buffer, int32_t length)
         if (more > 0) {
             got += more < length - got ? more : length - got;
             quietSince = clock.now();
-        } else if (clock.now() - quietSince > kQuietSeconds) {
+            continue;
+        }
+        if (more < 0) {
+            checkGone();
+            if (m_DeviceGone) {
+                break;  // the quiet time would only spin on a dead node
+            }
+        }
+        if (clock.now() - quietSince > kQuietSeconds) {
             break;
         }
     }
@@ -158,10 +179,24 @@ int32_t HCUSBTransport::read(uint8_t* buffer, int32_t length)
 
 int32_t HCUSBTransport::write(const uint8_t* buffer, int32_t length)
 {
-    if (!m_Connector) {
+    if (!m_Connector || m_DeviceGone) {
         return -1;
     }
-    return m_Connector->write(buffer, length);
+    const int32_t written = m_Connector->write(buffer, length);
+    if (written < 0) {
+        checkGone();
+    }
+    return written;
+}
+
+void HCUSBTransport::checkGone()
+{
+    if (m_DeviceGone || m_Connector->getStatus() != static_cast<int32_t>(IoStatus::Gone)) {
+        return;
+    }
+    m_DeviceGone = true;
+    std::fprintf(stderr, "D [CVL] The printer is gone (%s): no further requests are sent.\n",
+                 std::strerror(m_Connector->getError()));
 }
 
 void HCUSBTransport::noop() {}

@@ -20,6 +20,7 @@ public:
     int32_t read(uint8_t* buffer, int32_t length) override;
     int32_t write(const uint8_t* buffer, int32_t length) override;
     void noop() override;
+    bool deviceGone() const override { return m_DeviceGone; }
     ~HCUSBTransport() override;
 
     // Test seam: when set, open() asks this factory for the connector of a
@@ -30,8 +31,11 @@ public:
 
 private:
     HCUSBTransport() = default;
+    // After a failed read or write: notes and reports (once) a device gone.
+    void checkGone();
 
     std::unique_ptr<HCIOConnector> m_Connector;
+    bool m_DeviceGone = false;
     static HCUSBTransport* m_Instance;
     static uint32_t m_RefCount;
 };

@@ -14,4 +14,5 @@ enum class IoStatus : int32_t {
     TryAgain = 34,        // the device was busy; the same call may succeed later
     PartialWrite = 35,    // fewer bytes were written than asked
     NothingWritten = 36,  // the write moved no byte
+    Gone = 37,            // the device went away (unplugged, hung up): no later call can succeed
 };

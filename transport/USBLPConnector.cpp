@@ -3,6 +3,7 @@
 #include "transport/USBLPConnector.h"
 
 #include <fcntl.h>
+#include <poll.h>
 #include <sys/select.h>
 #include <unistd.h>
 
@@ -77,7 +78,15 @@ int USBLPConnector::close()
 
 void USBLPConnector::recordErrno(int error)
 {
+    m_Error = error;
     switch (error) {
+    // What a node gives once its printer was unplugged or its pty hung up;
+    // EBADF is our own descriptor not being open, which the next open mends.
+    case EIO:
+    case ENODEV:
+    case ENXIO:
+        record(IoStatus::Gone);
+        break;
     case EAGAIN:
         record(IoStatus::TryAgain);
         break;
@@ -108,7 +117,21 @@ int32_t USBLPConnector::read(uint8_t* buffer, int32_t length)
         recordErrno(errno);
         return -1;
     }
+    // A node that was hung up (a pty whose master closed) reads as the end
+    // of the file; a present printer that sent an empty packet does too, but
+    // its node does not report a hang-up.
+    if (got == 0 && length > 0 && hungUp()) {
+        m_Error = ENODEV;
+        record(IoStatus::Gone);
+        return -1;
+    }
     return static_cast<int32_t>(got);
+}
+
+bool USBLPConnector::hungUp() const
+{
+    pollfd node{m_Fd, POLLIN, 0};
+    return ::poll(&node, 1, 0) > 0 && (node.revents & POLLHUP) != 0;
 }
 
 int USBLPConnector::queryDevice(uint8_t* buffer, int32_t length)

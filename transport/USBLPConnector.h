@@ -34,6 +34,7 @@ public:
 private:
     IoStatus waitFor(bool forWriting, int32_t timeLimit);
     void recordErrno(int error);
+    bool hungUp() const;
 
     char m_DevicePath[64] = {};
     int32_t m_Fd = -1;

@@ -3,12 +3,17 @@
 // each command line puts on the wire, prints and exits with.
 #include <gtest/gtest.h>
 
+#include <cerrno>
 #include <ctime>
 #include <deque>
 #include <string>
 #include <vector>
 
+#include <fcntl.h>
+#include <unistd.h>
+
 #include "app/Application.h"
+#include "app/StandardStreams.h"
 #include "tests/support/FakeCommTransport.h"
 #include "tests/support/ScriptedConnector.h"
 #include "tests/support/TempFile.h"
@@ -170,6 +175,32 @@ TEST_F(RunDriver, UsageWithoutArgumentsAndForDashH)
     EXPECT_TRUE(printer.paths.empty());
 }
 
+// A printer whose node fails with EIO ends the run at its first read: one
+// line, no request sent again, no fixed wait beyond the first exchange's, and
+// the status the mode gives a printer that does not answer at all.
+TEST_F(RunDriver, PrinterGoneEndsTheRunAtOnce)
+{
+    const std::vector<std::string> commands[] = {{"-c", "--ssid=net"}, {"-s"},   {"-t"},          {"-r"},
+                                                 {"-802s"},            {"-cer"}, {"--ssid=net"}, {"-rcerdefs"}};
+    for (const auto& args : commands) {
+        SCOPED_TRACE(args[0]);
+        script({});
+        const int silentStatus = run(args).status;
+        script({});
+        scripted.printer.hungUp = true;
+        clock.microseconds = 0;
+        const RunResult result = run(args);
+        EXPECT_EQ(result.status, silentStatus);
+        EXPECT_EQ(printer.writes.size(), 1u);
+        EXPECT_LE(clock.now() - clock.start, 5);
+        const std::string gone = "D [CVL] The printer is gone (Input/output error): no further requests are sent.\n";
+        const size_t at = result.err.find(gone);
+        EXPECT_NE(at, std::string::npos);
+        EXPECT_EQ(result.err.find(gone, at + 1), std::string::npos);
+        EXPECT_EQ(result.err.find("Failed to open"), std::string::npos);
+    }
+}
+
 TEST_F(RunDriver, UnreadableInputFileStopsTheRunBeforeAnyExchange)
 {
     const struct {
@@ -190,6 +221,21 @@ TEST_F(RunDriver, UnreadableInputFileStopsTheRunBeforeAnyExchange)
         EXPECT_EQ(result.out, "");
         EXPECT_TRUE(printer.paths.empty());
     }
+}
+
+// With standard output closed by the caller, the next open (the printer's
+// node) must not become standard output, and writing there must fail.
+TEST(StandardStreams, ClosedOutputIsHeldSoThePrinterNeverTakesItsPlace)
+{
+    EXPECT_EXIT(
+        {
+            ::close(STDOUT_FILENO);
+            holdClosedStandardDescriptors();
+            const int printerNode = ::open("/dev/null", O_RDWR);
+            const bool held = printerNode != STDOUT_FILENO && ::write(STDOUT_FILENO, "x", 1) == -1 && errno == EBADF;
+            _exit(held ? 0 : 1);
+        },
+        testing::ExitedWithCode(0), "");
 }
 
 }  // namespace

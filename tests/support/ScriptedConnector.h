@@ -4,6 +4,7 @@
 #pragma once
 
 #include <algorithm>
+#include <cerrno>
 #include <deque>
 #include <memory>
 #include <string>
@@ -25,6 +26,7 @@ struct ScriptedPrinter {
     int openResult = 0;
     bool failWaits = false;
     bool readableButEmpty = false;  // a hung device: always "readable", never a byte
+    bool hungUp = false;            // an unplugged printer: every read fails with EIO
 };
 
 class ScriptedConnector : public HCIOConnector {
@@ -44,6 +46,11 @@ public:
     // Hands over what arrived of the first pending piece; the rest stays for the next read.
     int32_t read(uint8_t* buffer, int32_t length) override
     {
+        if (m_Printer.hungUp) {
+            record(IoStatus::Gone);
+            m_Error = EIO;
+            return -1;
+        }
         if (m_Pending.empty() || m_Pending.front().atMicroseconds > m_Clock.microseconds)
             return -1;  // nothing there: what a non-blocking read gives
         std::string& bytes = m_Pending.front().bytes;
@@ -66,6 +73,8 @@ public:
         const long long limit = 1000LL * timeLimit;
         if (m_Printer.failWaits)
             return IoStatus::Failed;
+        if (m_Printer.hungUp)
+            return IoStatus::DataReady;
         if (m_Printer.readableButEmpty) {
             m_Clock.waited(limit);
             return IoStatus::DataReady;
