@@ -62,6 +62,10 @@ int main(int argc, char** argv)
         if (write(fd, request.data(), request.size()) != ssize_t(request.size())) return 1;
         usleep(50000);  // like corvelcfg, give the printer time before reading
         std::vector<unsigned char> answer = readAnswer(fd, want, 1000);
+        // Like corvelcfg, which reads on until the printer has been quiet, do
+        // not close at the very moment the answer came: bytes still on their
+        // way through the kernel's terminal buffers would reach the next open.
+        usleep(100000);
         close(fd);
         if (answer.empty()) std::printf("-");
         for (unsigned char b : answer) std::printf("%02X", b);

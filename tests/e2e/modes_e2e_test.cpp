@@ -117,9 +117,6 @@ std::string caseName(const ::testing::TestParamInfo<ModeCase>& info) { return in
 INSTANTIATE_TEST_SUITE_P(
     Answering, Mode,
     ::testing::Values(
-        ModeCase{"basic", kBasicArgs, {}, "", {envelope(kBasic)}, "npa data going: 4", 0},
-        ModeCase{"advanced", kAdvancedArgs, {}, "", {envelope(kAdvanced)}, "npa data going: 2", 0,
-                 "D [CVL] Adv WPA-Personal ret = 0\n"},
         ModeCase{"showSsid", {"-s"}, {}, kJoinedState, {envelope(kReadSsid)}, "HomeNet\n", 0},
         ModeCase{"waitForConnection", {"-t"}, {"--join-after", "2"}, kConfiguredState,
                  times(2, envelope(kReadConnection)), "", 0},

@@ -90,31 +90,11 @@ TEST(StateFile, RefusesWhatIsNotItsOwnAndLeavesItUntouched)
     for (const auto& f : files) EXPECT_EQ(dir.read(f.name), f.content) << f.name;
 }
 
-TEST(StateFile, WritesPrivatelyOnlyWhenSomethingChanged)
-{
-    SimDir dir;
-    dir.write("state.txt", "");  // an empty file counts as a new one
-    ASSERT_EQ(runWithState(dir, dir.file("state.txt")).status, 0);
-    const std::string written = dir.read("state.txt");
-    EXPECT_EQ(written.rfind(kHeader, 0), 0u) << written;
-    EXPECT_TRUE(holds(written, "2A/02=\"alice\\0\"")) << written;
-    const struct stat before = lstatOf(dir.file("state.txt"));
-    EXPECT_EQ(before.st_mode & 07777, 0600u);
-
-    SimRun reading = runSim(dir, {"--speed", "1"}, client({kReadOrganization, kReadOrganization}));
-    EXPECT_EQ(reading.status, 0) << reading.err;
-    EXPECT_EQ(reading.log.size(), 2u);
-    EXPECT_EQ(reading.err, "");
-    const struct stat after = lstatOf(dir.file("state.txt"));
-    EXPECT_EQ(after.st_ino, before.st_ino) << "rewritten although nothing changed";
-    EXPECT_EQ(after.st_mtim.tv_nsec, before.st_mtim.tv_nsec);
-    EXPECT_EQ(dir.read("state.txt"), written);
-}
-
-TEST(StateFile, ConcurrentRunsKeepEachOthersSettings)
+TEST(StateFile, ConcurrentRunsKeepEachOthersSettingsWrittenPrivatelyOnlyOnAChange)
 {
     SimDir first, second;
     const std::string shared = first.file("state.txt");
+    first.write("state.txt", "");  // an empty file counts as a new one
     // Each run sets two fields, the second run's changes falling between the first's.
     auto runA = std::async(std::launch::async, [&] {
         return runSim(first, {"--speed", "1"},
@@ -133,8 +113,20 @@ TEST(StateFile, ConcurrentRunsKeepEachOthersSettings)
     ASSERT_EQ(a.status, 0) << a.err;
     ASSERT_EQ(b.status, 0) << b.err;
     const std::string state = first.read("state.txt");
+    EXPECT_EQ(state.rfind(kHeader, 0), 0u) << state;
     for (const char* line : {"2A/02=\"alice\\0\"", "28/08=\"LabNet\\0\"", "2A/03=\"secret\\0\"", "2A/0A=\"printer-7\\0\""})
         EXPECT_TRUE(holds(state, line)) << line << " lost in:\n" << state;
+    const struct stat before = lstatOf(shared);
+    EXPECT_EQ(before.st_mode & 07777, 0600u);
+
+    // Reading changes nothing, so the file is not written again.
+    SimRun reading = runSim(first, {"--speed", "1"}, client({kReadOrganization, kReadOrganization}));
+    EXPECT_EQ(reading.status, 0) << reading.err;
+    EXPECT_EQ(reading.log.size(), 2u);
+    const struct stat after = lstatOf(shared);
+    EXPECT_EQ(after.st_ino, before.st_ino) << "rewritten although nothing changed";
+    EXPECT_EQ(after.st_mtim.tv_nsec, before.st_mtim.tv_nsec);
+    EXPECT_EQ(first.read("state.txt"), state);
 }
 
 }  // namespace
