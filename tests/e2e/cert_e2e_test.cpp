@@ -165,18 +165,6 @@ TEST(Certificates, DefaultsThroughDamagedAndMissingAnswers)
 const std::vector<std::string> k8021x = {"-ca", "--security=802.1x", "--ssid=Corp", "--802-auth-ext=PEAP",
                                          "--802-auth-inner=MSCHAPv2", "--802-user=alice", "--802-pwd=pw"};
 
-TEST(Config8021x, SilentCertificateManagerStillSendsTheOptions)
-{
-    SimDir dir;
-    SimRun run = runCorvelcfg(dir, {"--fault", "cert-silent"}, k8021x);
-    EXPECT_EQ(run.status, 0) << run.err;
-    EXPECT_EQ(requests(run),
-              (std::vector<std::string>{"queryCertList", "queryCAList", "settings", "settings", "read"}));
-    ASSERT_EQ(run.log.size(), 5u);
-    EXPECT_TRUE(holds(logValue(run.log[2], "raw"), "2A2400000100")) << "validate flag 0";
-    EXPECT_TRUE(holds(run.err, "D [CVL] Validate certificate? 0\n"));
-}
-
 TEST(Config8021x, RefusedOptionsAreRepeatedWholeInPlainForm)
 {
     SimDir dir;
