@@ -1,12 +1,11 @@
-// The simulated printer's parts that runs of the utility cannot reach: frame
-// cutting under any chunking, malformed requests, the exact bytes of each
-// fault, a damaged state file.
+// The simulated printer's parts that runs of the utility cannot reach:
+// malformed requests, the exact bytes of each fault, a damaged state file
+// (the libusb runs cut requests into packets of several sizes).
 #include <gtest/gtest.h>
 
 #include <algorithm>
 
 #include "sim/Faults.h"
-#include "sim/FrameReader.h"
 #include "sim/NpaPacket.h"
 #include "sim/PrinterState.h"
 #include "sim/Responder.h"
@@ -57,22 +56,6 @@ TEST(PrinterState, JoinsOnlyWithTheSecretItsSecurityNeeds)
     PrinterState noSsid(NetworkLife{});
     noSsid.applySettings({{0x28, 0x22, u32(0)}});
     EXPECT_EQ(noSsid.readField(0x28, 0x15), Bytes{0x01});
-}
-
-TEST(FrameReader, CutsPacketsOutOfAnyChunkingAndKeepsAnIncompleteOne)
-{
-    const Bytes stream = hex("00 FF A5 00 06 50 E0 D8 00 28 08 13 A5 00 05 50 E0 DA 01 01 A5 00 10 50 E0");
-    for (size_t chunk = 1; chunk <= stream.size(); ++chunk) {
-        FrameReader reader;
-        std::vector<std::string> packets;
-        for (size_t at = 0; at < stream.size(); at += chunk) {
-            reader.feed(stream.data() + at, std::min(chunk, stream.size() - at));
-            while (auto packet = reader.nextPacket()) packets.push_back(toHex(*packet));
-        }
-        EXPECT_EQ(packets, (std::vector<std::string>{"A5000650E0D8002808", "A5000550E0DA0101"})) << "chunk " << chunk;
-        EXPECT_EQ(reader.noiseSkipped(), 3u) << "chunk " << chunk;
-        EXPECT_EQ(toHex(reader.dropPartial()), "A5001050E0") << "chunk " << chunk;
-    }
 }
 
 TEST(DecodePacket, TellsRequestsApartAndNamesWhatIsWrong)

@@ -1,5 +1,5 @@
 // Bytes written as hex, and comparisons whose failure message shows expected
-// and received bytes side by side as hex dumps.
+// and received bytes as hex (texts as they are).
 #pragma once
 
 #include <gtest/gtest.h>
@@ -15,7 +15,6 @@ using Bytes = std::vector<uint8_t>;
 Bytes bytesFromHex(const std::string& hex);  // "A50006..." (blanks allowed)
 std::string toHex(const Bytes& bytes);        // "A50006..."
 
-// On a mismatch: both dumps, 8 bytes a line, "!" on the lines that differ.
 ::testing::AssertionResult sameBytes(const Bytes& expected, const Bytes& received);
 ::testing::AssertionResult sameText(const std::string& expected, const std::string& received);
 

@@ -1,6 +1,6 @@
 // A minimal printer client for testing corvelsim on its own: for each
 // argument "HEX[/N]" it opens the device, writes the bytes, reads until N
-// bytes came (or, without N, until the answer stops), closes, and prints
+// bytes came (or, without N, until a second passes without one), closes, and prints
 // what it read as one line of hex ("-" for nothing). Like corvelcfg it
 // pauses between writing and reading.
 #include <fcntl.h>
@@ -22,14 +22,15 @@ std::vector<unsigned char> fromHex(const std::string& hex)
     return bytes;
 }
 
-// Reads up to `want` bytes (0: as many as come), giving up after `quietMs`
-// without a byte.
+// Reads up to `want` bytes (0: as many as come, until `quietMs` pass without
+// a byte). Counted bytes are awaited up to a minute: on a loaded machine
+// the printer may take seconds.
 std::vector<unsigned char> readAnswer(int fd, size_t want, int quietMs)
 {
     std::vector<unsigned char> got;
     for (;;) {
         pollfd p{fd, POLLIN, 0};
-        if (poll(&p, 1, quietMs) <= 0) break;
+        if (poll(&p, 1, want ? 60000 : quietMs) <= 0) break;
         unsigned char buffer[512];
         size_t room = want ? want - got.size() : sizeof buffer;
         ssize_t n = read(fd, buffer, room < sizeof buffer ? room : sizeof buffer);
@@ -61,6 +62,10 @@ int main(int argc, char** argv)
         if (write(fd, request.data(), request.size()) != ssize_t(request.size())) return 1;
         usleep(50000);  // like corvelcfg, give the printer time before reading
         std::vector<unsigned char> answer = readAnswer(fd, want, 1000);
+        // Like corvelcfg, which reads on until the printer has been quiet, do
+        // not close at the very moment the answer came: bytes still on their
+        // way through the kernel's terminal buffers would reach the next open.
+        usleep(100000);
         close(fd);
         if (answer.empty()) std::printf("-");
         for (unsigned char b : answer) std::printf("%02X", b);

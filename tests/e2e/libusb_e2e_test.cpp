@@ -22,97 +22,37 @@ std::vector<std::string> operator+(std::vector<std::string> a, const std::vector
     return a;
 }
 
-SimRun run(const std::string& state, const std::vector<std::string>& simOptions, const std::vector<std::string>& args,
-           const std::string& npaHex = "")
-{
-    SimDir dir;
-    if (!state.empty()) dir.write("state.txt", "# corvelsim state v2\n" + state);
-    if (!npaHex.empty()) dir.write("npa-request.hex", npaHex);
-    return runCorvelcfg(dir, simOptions, args);
-}
-
-struct ModeCase {
-    const char* name;
-    std::vector<std::string> args;
-    std::vector<std::string> simOptions;
-    std::string state;
-    std::string npaHex = "";  // the raw request of "-npa"
-};
-
-void PrintTo(const ModeCase& c, std::ostream* out) { *out << c.name; }
-
-class OverTheBus : public ::testing::TestWithParam<ModeCase> {};
-
 // The same requests, output, trace (answers included) and exit status as
-// over /dev/usb/lp0.
-TEST_P(OverTheBus, BehavesAsOverTheDeviceNode)
+// over /dev/usb/lp0: a raw read whose answer arrives in three 16-byte packets
+// (dumped as received), and the full configuration with its polls.
+TEST(LibUsbRoute, BehavesAsOverTheDeviceNode)
 {
-    const ModeCase& c = GetParam();
-    const SimRun node = run(c.state, c.simOptions, c.args, c.npaHex);
-    const SimRun bus = run(c.state, c.simOptions + kOnBus, c.args + std::vector<std::string>{"001:004"}, c.npaHex);
-    ASSERT_FALSE(node.timedOut || bus.timedOut);
-    EXPECT_EQ(bus.status, node.status) << bus.err;
-    EXPECT_TRUE(sameText(node.out, bus.out));
-    EXPECT_TRUE(sameText(node.err, bus.err));
-    ASSERT_EQ(bus.log.size(), node.log.size()) << "requests the printer received";
-    ASSERT_FALSE(bus.log.empty());
-    for (size_t i = 0; i < bus.log.size(); ++i) {
-        EXPECT_TRUE(sameBytes(bytesFromHex(logValue(node.log[i], "raw")), bytesFromHex(logValue(bus.log[i], "raw"))))
-            << "request " << i + 1;
-        EXPECT_EQ(logValue(node.log[i], "route"), "lp");
-        EXPECT_EQ(logValue(bus.log[i], "route"), "usb");
-        EXPECT_EQ(logValue(bus.log[i], "port"), "001:004");
+    const struct { std::vector<std::string> args, simOptions; std::string state; } cases[] = {
+        {{"-npa", "-file", "npa-request.hex"}, {"--usb-packet", "16"},
+         "28/08=\"ABCDEFGHIJKLMNOPQRSTUVWXYZ012345\\0\"\n"},
+        {{"--ssid=NotRead"}, {"--join-after", "2", "--ip", "10.0.0.9"}, kConfiguredState},
+    };
+    for (const auto& c : cases) {
+        SimDir dir;
+        dir.write("npa-request.hex", "A5 00 06 50 E0 D8 00 28 08");
+        dir.write("state.txt", "# corvelsim state v2\n" + c.state);
+        const SimRun node = runCorvelcfg(dir, c.simOptions, c.args);
+        dir.write("state.txt", "# corvelsim state v2\n" + c.state);
+        const SimRun bus = runCorvelcfg(dir, c.simOptions + kOnBus, c.args + std::vector<std::string>{"001:004"});
+        ASSERT_FALSE(node.timedOut || bus.timedOut);
+        EXPECT_EQ(bus.status, node.status) << bus.err;
+        EXPECT_TRUE(sameText(node.out, bus.out));
+        EXPECT_TRUE(sameText(node.err, bus.err));
+        ASSERT_EQ(bus.log.size(), node.log.size()) << "requests the printer received";
+        ASSERT_FALSE(bus.log.empty());
+        for (size_t i = 0; i < bus.log.size(); ++i) {
+            EXPECT_EQ(logValue(bus.log[i], "raw"), logValue(node.log[i], "raw")) << "request " << i + 1;
+            EXPECT_EQ(logValue(node.log[i], "route"), "lp");
+            EXPECT_EQ(logValue(bus.log[i], "route"), "usb");
+            EXPECT_EQ(logValue(bus.log[i], "port"), "001:004");
+        }
     }
 }
-
-INSTANTIATE_TEST_SUITE_P(
-    Modes, OverTheBus,
-    ::testing::Values(ModeCase{"showSsid", {"-s"}, {}, kJoinedState},
-                      ModeCase{"address", {"-ip"}, {"--ip", "10.20.30.40"}, kJoinedState},
-                      ModeCase{"basicConfiguration", {"-c", "--ssid=HomeNet", "--security=WPA2", "--passwd=secret123"},
-                               {}, ""},
-                      ModeCase{"refusedEnvelopeIsRepeatedPlain", {"-s"}, {"--fault", "refuse-envelope"}, kJoinedState},
-                      // The answer arrives in three 16-byte packets and is dumped as received.
-                      ModeCase{"rawPacket", {"-npa", "-file", "npa-request.hex"}, {"--usb-packet", "16"},
-                               "28/08=\"ABCDEFGHIJKLMNOPQRSTUVWXYZ012345\\0\"\n", "A5 00 06 50 E0 D8 00 28 08"},
-                      ModeCase{"fullConfiguration", {"--ssid=NotRead"},
-                               {"--join-after", "2", "--ip", "10.0.0.9"}, kConfiguredState}),
-    [](const ::testing::TestParamInfo<ModeCase>& info) { return std::string(info.param.name); });
-
-// A "-c" request of exactly 100 bytes: 20 characters of SSID and 25 of password.
-const std::vector<std::string> kHundredByteRequest = {"-c", "--ssid=" + std::string(20, 'S'), "--security=WPA2",
-                                                      "--passwd=" + std::string(25, 'p'), "001:004"};
-
-struct TransferCase {
-    const char* name;
-    std::vector<std::string> simOptions;
-    std::string bulkOut;  // sizes of the bulk transfers that carried the request
-};
-
-void PrintTo(const TransferCase& c, std::ostream* out) { *out << c.name; }
-
-class Transfers : public ::testing::TestWithParam<TransferCase> {};
-
-TEST_P(Transfers, RequestLeavesInPiecesOfThePacketSize)
-{
-    const TransferCase& c = GetParam();
-    const SimRun bus = run("", kOnBus + c.simOptions, kHundredByteRequest);
-    ASSERT_FALSE(bus.timedOut);
-    ASSERT_FALSE(bus.log.empty());
-    EXPECT_EQ(logValue(bus.log[0], "raw").size(), 200u) << "the request is 100 bytes";
-    EXPECT_EQ(logValue(bus.log[0], "bulk_out"), c.bulkOut);
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    PacketSizes, Transfers,
-    ::testing::Values(TransferCase{"default64", {}, "64,36"},
-                      TransferCase{"packet512", {"--usb-packet", "512"}, "100"},
-                      TransferCase{"packet30", {"--usb-packet", "30"}, "30,30,30,10"},
-                      // The first interface announces 8-byte packets; the claimed one 64.
-                      TransferCase{"secondInterfaceClaimed", {"--usb-layout", "second-claims"}, "64,36"},
-                      // Without a bulk IN endpoint the packet size stays 32.
-                      TransferCase{"noBulkIn", {"--usb-layout", "no-bulk-in", "--speed", "50"}, "32,32,32,4"}),
-    [](const ::testing::TestParamInfo<TransferCase>& info) { return std::string(info.param.name); });
 
 // "-s" reads up to 255 bytes; the answer is shorter. After it has arrived the
 // connector waits once more for ten seconds, then the transport's quiet time
@@ -140,46 +80,58 @@ TEST(LibUsbRoute, ShortAnswerEndsAfterOneFurtherTenSecondWait)
     EXPECT_GE(waitedMs[2], 5 * quiet[quiet.size() / 2]) << "the first wait is the ten-second one, the others one second";
 }
 
+// A raw request of 100 bytes: a settings request with an 87-character SSID.
+const std::string kHundredBytes = "A5006150E0DA012808000058" + std::string(87 * 2, '5') + "00";
+
 struct OpenCase {
     const char* name;
     std::vector<std::string> simOptions;
     std::string path;
-    bool opens;
+    std::string bulkOut;  // sizes of the bulk transfers that carried the request ("" = not opened)
+    int answerBytes = 4;  // what the utility reads of the settings answer
 };
 
 void PrintTo(const OpenCase& c, std::ostream* out) { *out << c.name; }
 
 class Opening : public ::testing::TestWithParam<OpenCase> {};
 
-// A raw read of the SSID: answered when the device is found and claimed,
-// otherwise the open failure is reported and nothing reaches the printer.
-TEST_P(Opening, FindsAndClaimsThePrinterOrReportsTheFailure)
+// The device is found and claimed and the request leaves in pieces of the
+// IN endpoint's packet size; otherwise the open failure is reported and
+// nothing reaches the printer.
+TEST_P(Opening, ClaimsThePrinterAndWritesInPacketsOrReportsTheFailure)
 {
     const OpenCase& c = GetParam();
     SimDir dir;
-    dir.write("state.txt", "# corvelsim state v2\n" + kJoinedState);
-    dir.write("npa-request.hex", "A5 00 06 50 E0 D8 00 28 08");
+    dir.write("npa-request.hex", kHundredBytes);
     const SimRun bus = runCorvelcfg(dir, c.simOptions, {"-npa", "-file", "npa-request.hex", c.path});
     ASSERT_FALSE(bus.timedOut);
     EXPECT_EQ(bus.status, 0);
+    const bool opens = !c.bulkOut.empty();
     const std::string failure = "D [CVL] Failed to open usb device '" + c.path + "'!\n";
-    EXPECT_EQ(bus.err.find(failure) != std::string::npos, !c.opens) << bus.err;
-    EXPECT_EQ(bus.log.size(), c.opens ? 1u : 0u);
-    EXPECT_EQ(bus.err.find("D [CVL] sendNPA response (15 bytes)") != std::string::npos, c.opens) << bus.err;
+    EXPECT_EQ(bus.err.find(failure) != std::string::npos, !opens) << bus.err;
+    ASSERT_EQ(bus.log.size(), opens ? 1u : 0u);
+    if (!opens) return;
+    EXPECT_EQ(logValue(bus.log[0], "raw").size(), 200u) << "the request is 100 bytes";
+    EXPECT_EQ(logValue(bus.log[0], "bulk_out"), c.bulkOut);
+    EXPECT_NE(bus.err.find("D [CVL] sendNPA response (" + std::to_string(c.answerBytes) + " bytes)"), std::string::npos)
+        << bus.err;
 }
 
 INSTANTIATE_TEST_SUITE_P(
     Devices, Opening,
-    ::testing::Values(OpenCase{"plain", kOnBus, "001:004", true},
-                      OpenCase{"withoutLeadingZeros", kOnBus, "1:4", true},
-                      OpenCase{"moreLeadingZeros", {"--usb", "3:7"}, "0003:007", true},
+    ::testing::Values(OpenCase{"packet30", kOnBus + std::vector<std::string>{"--usb-packet", "30"}, "001:004",
+                               "30,30,30,10"},
+                      // The first interface announces 8-byte packets; the claimed one 64.
                       OpenCase{"secondInterfaceClaimed", kOnBus + std::vector<std::string>{"--usb-layout", "second-claims"},
-                               "001:004", true},
+                               "001:004", "64,36"},
+                      // Without a bulk IN endpoint the packet size stays 32, and no answer can be read.
+                      OpenCase{"noBulkIn", kOnBus + std::vector<std::string>{"--usb-layout", "no-bulk-in", "--speed", "50"},
+                               "001:004", "32,32,32,4", 0},
+                      OpenCase{"leadingZerosDoNotCount", {"--usb", "3:7"}, "0003:7", "64,36"},
                       OpenCase{"noPrinterInterface", kOnBus + std::vector<std::string>{"--usb-layout", "no-printer"},
-                               "001:004", false},
-                      OpenCase{"noSuchDevice", kOnBus, "001:005", false},
-                      OpenCase{"noSuchBus", kOnBus, "002:004", false},
-                      OpenCase{"noUsbDevice", {}, "001:004", false}),
+                               "001:004", ""},
+                      OpenCase{"noSuchDevice", kOnBus, "001:005", ""},
+                      OpenCase{"noSuchBus", kOnBus, "002:004", ""}),
     [](const ::testing::TestParamInfo<OpenCase>& info) { return std::string(info.param.name); });
 
 }  // namespace

@@ -2,32 +2,11 @@
 // corvelsim, unchanged, and dumps what it kept of the answer.
 #include <gtest/gtest.h>
 
-#include <algorithm>
-
 #include "tests/e2e/HexBytes.h"
 #include "tests/e2e/SimRun.h"
 
 namespace e2e {
 namespace {
-
-// The utility's debug dump: 16 bytes a line (fewer when there are fewer),
-// "%02X " each, blanks for missing bytes, "|" and the printable characters.
-std::string utilityDump(const Bytes& bytes)
-{
-    std::string text;
-    size_t width = std::min<size_t>(16, bytes.size());
-    for (size_t at = 0; at < bytes.size(); at += width) {
-        size_t n = std::min(width, bytes.size() - at);
-        Bytes line(bytes.begin() + long(at), bytes.begin() + long(at + n));
-        std::string hex = toHex(line), chars;
-        for (size_t i = 0; i < n; ++i) {
-            text += hex.substr(2 * i, 2) + " ";
-            chars += (line[i] >= 0x20 && line[i] <= 0x7E) ? char(line[i]) : '.';
-        }
-        text += std::string(3 * (width - n), ' ') + "|" + chars + "\n";
-    }
-    return text;
-}
 
 SimRun runNpa(const std::vector<std::string>& simOptions, const std::string& requestHex,
               const std::vector<std::string>& extraArgs = {})
@@ -40,9 +19,8 @@ SimRun runNpa(const std::vector<std::string>& simOptions, const std::string& req
     return runCorvelcfg(dir, simOptions, args);
 }
 
-const std::string kReadSsid = "A5 00 06 50 E0 D8 00 28 08\n";
-const std::string kWrappedSsid = "A5000F50E063020009A5000650E0D8002808";
-const std::string kReset = "A5 00 0A 50 E0 DA 01 06 14 00 00 01 01";
+const std::string kReadSsid = "A5 00 06 50 E0 D8 00 28 08";
+const std::string kWrappedSsid = "A5 00 0F 50 E0 63 02 00 09 A5 00 06 50 E0 D8 00 28 08";
 // The answer to a read of 28/08 with no SSID set, as the utility keeps it
 // (the bytes after A5, length and flags).
 const std::string kEmptySsid = "E0 D8 00 28 08 00 00";
@@ -50,8 +28,8 @@ const std::string kEmptySsid = "E0 D8 00 28 08 00 00";
 struct NpaCase {
     const char* name;
     std::vector<std::string> simOptions;
-    std::string request;
-    std::string kept;  // what the utility keeps of the answer, as hex
+    std::string request;  // as hex, "A5 00 ..."
+    std::string kept;     // what the utility keeps of the answer (at most 16 bytes), the same way
 };
 
 void PrintTo(const NpaCase& c, std::ostream* out) { *out << c.name; }
@@ -69,31 +47,29 @@ TEST_P(Npa, SendsTheFileUnchangedAndDumpsWhatTheFrameRulesKeep)
                          run.out));
     ASSERT_EQ(run.log.size(), 1u);
     EXPECT_TRUE(sameBytes(request, bytesFromHex(logValue(run.log[0], "raw"))));
-    const std::string trace = "D [CVL] NPA data: " + std::to_string(request.size()) + " bytes\n" +
-                              utilityDump(request) + "D [CVL] sendNPA response (" + std::to_string(kept.size()) +
-                              " bytes)\n" + utilityDump(kept);
-    EXPECT_TRUE(sameText(trace, run.err.substr(0, trace.size())));
+    // The trace dumps both, 16 bytes a line ("%02X " each, then "|" and the text).
+    const std::string requestDump = request.size() > 16 ? c.request.substr(0, 47) + " |" : c.request + " |";
+    EXPECT_NE(run.err.find("D [CVL] NPA data: " + std::to_string(request.size()) + " bytes\n" + requestDump),
+              std::string::npos) << run.err;
+    EXPECT_NE(run.err.find("D [CVL] sendNPA response (" + std::to_string(kept.size()) + " bytes)\n" +
+                           (kept.empty() ? "" : c.kept + " |")),
+              std::string::npos) << run.err;
 }
 
+// The frame rules themselves (noise, split, bit 7, cut-off packets) are the
+// channel's unit tests; here the real device node, its waits and the answers
+// corvelsim gives.
 INSTANTIATE_TEST_SUITE_P(
-    Faults, Npa,
+    Answers, Npa,
     ::testing::Values(
         NpaCase{"plain", {}, kReadSsid, kEmptySsid},
         // Envelope command, inner length, the inner answer whole.
         NpaCase{"wrapped", {}, kWrappedSsid, "E0 63 02 00 0B A5 00 08 50 E0 D8 00 28 08 00 00"},
         NpaCase{"unknownRequestRefused", {}, "A5 00 04 50 12 34 56", ""},
         NpaCase{"silent", {"--fault", "silent"}, kReadSsid, ""},
-        NpaCase{"noiseSkipped", {"--fault", "noise"}, kReadSsid, kEmptySsid},
-        NpaCase{"splitJoined", {"--fault", "split"}, kReadSsid, kEmptySsid},
-        NpaCase{"splitWithNoise", {"--fault", "split=3", "--fault", "noise=2"}, kReadSsid, kEmptySsid},
-        NpaCase{"bit7AfterEnds", {"--fault", "bit7=after"}, kReadSsid, kEmptySsid},
-        NpaCase{"bit7InsteadDropped", {"--fault", "bit7=instead"}, kReadSsid, ""},
-        NpaCase{"truncatedDropped", {"--fault", "truncate=3"}, kReadSsid, ""},
         NpaCase{"lateWithinLimit", {"--fault", "late=150"}, kReadSsid, kEmptySsid},
-        NpaCase{"refusedEnvelope", {"--fault", "refuse-envelope"}, kWrappedSsid, ""},
-        NpaCase{"plainDespiteRefusal", {"--fault", "refuse-envelope"}, kReadSsid, kEmptySsid},
-        NpaCase{"settingsAccepted", {}, kReset, "E0 DA 01 01"},
-        NpaCase{"settingsRejected", {"--fault", "reject-settings"}, kReset, "E0 DA 01 00"}),
+        NpaCase{"settingsRejected", {"--fault", "reject-settings"}, "A5 00 0A 50 E0 DA 01 06 14 00 00 01 01",
+                "E0 DA 01 00"}),
     [](const ::testing::TestParamInfo<NpaCase>& info) { return info.param.name; });
 
 TEST(NpaDevice, MissingNodeIsReportedAndFurtherNodesAreServed)
