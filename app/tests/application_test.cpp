@@ -135,30 +135,16 @@ TEST_F(RunDriver, CertificateCommandsGoToTheCertificateManager)
     EXPECT_EQ(printer.paths[0], "2:5");
 }
 
-// The mode decides the record's form: options, a settings file, or the USB path alone.
-TEST_F(RunDriver, TheModeDecidesHowTheRecordIsFilled)
+// With -file the settings file fills the record and the options are ignored;
+// the USB path is still taken from the command line.
+TEST_F(RunDriver, SettingsFileFillsTheRecord)
 {
     const TempFile settings("--ssid=\"Office Net\"\n");
-    const struct {
-        std::vector<std::string> args;
-        const char* path;
-        const char* ssid;  // in the first request
-    } cases[] = {
-        {{"-c", "-file", settings.path, "/dev/usb/lp5", "--ssid=ignored"}, "/dev/usb/lp5", "Office Net"},
-        {{"-ca", "-file", settings.path}, "", ""},  // no security: nothing to send
-        {{"-npa", "--ssid=net", "/dev/usb/lp2"}, "/dev/usb/lp0", ""},
-        {{"-npa", "-file", settings.path}, settings.path.c_str(), ""},  // a file name without '-' is a path too
-    };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.args[0] + " " + c.args[1]);
-        script({});
-        run(c.args);
-        EXPECT_EQ(printer.paths.empty() ? "" : printer.paths[0], c.path);
-        if (*c.ssid != '\0') {
-            ASSERT_FALSE(printer.writes.empty());
-            EXPECT_NE(printer.writes[0].find(c.ssid), std::string::npos);
-        }
-    }
+    script({});
+    run({"-c", "-file", settings.path, "/dev/usb/lp5", "--ssid=ignored"});
+    ASSERT_FALSE(printer.writes.empty());
+    EXPECT_EQ(printer.paths[0], "/dev/usb/lp5");
+    EXPECT_NE(printer.writes[0].find("Office Net"), std::string::npos);
 }
 
 TEST_F(RunDriver, UsageWithoutArgumentsAndForDashH)

@@ -19,7 +19,6 @@ TEST(UsbPathTest, ReadsBothShapesAndRefusesTheRest)
     } cases[] = {
         {"/dev/usb/lp0", Shape::DeviceNode, 0, 0},
         {"/dev/usb/usblp2", Shape::DeviceNode, 2, 0},
-        {"/dev/usb/lp17", Shape::DeviceNode, 17, 0},           // out of range: the connector refuses it
         {"/dev/usb/lp4294967298", Shape::DeviceNode, INT_MAX, 0},  // must not wrap into 0..16
         {"/dev/usb/usblp7/lp3", Shape::DeviceNode, 7, 0},      // "usblp" wins over "/lp"
         {"/dev/usbx", Shape::Invalid, 0, 0},                   // a node path without a printer number

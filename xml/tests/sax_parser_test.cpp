@@ -21,7 +21,6 @@ TEST(SimpleSAXParser, EventsResultAndMessage)
         {"<a c = \"x&amp;y\" b=\"1\"b=\"2\"></a>", "start a b=[2] c=[x&y]\nend a\n", 0, ""},
         {"<a b='1'>", "", -1, "Parsing error at character 5, '''\n"},
         {"<r><XmL/></r>", "start r\n", -1, "Parsing error at character 4, 'X'\n"},
-        {"<a xmlns=\"u\"/>", "start a xmlns=[u]\nend a\n", 0, ""},
         {"<a></A>", "start a\n", -1, "Parsing error at character 6, '>'\n"},
         {"<a></a  >", "start a\nend a\n", 0, ""},
         {"<a/></a>", "start a\nend a\n", -1, "Parsing error at character 4, '<'\n"},
@@ -36,7 +35,6 @@ TEST(SimpleSAXParser, EventsResultAndMessage)
         {"<r><!-- <x/> --><?pi?></r>", "start r\nend r\n", 0, ""},
         {"<r><!DOCTYPE r></r>", "start r\n", -1, "<<end of string>>\n"},
         {"<a>1 < 2</a>", "start a\ntext [1 ] 2\ntext [2] 1\nend a\n", 0, ""},
-        {"<r><a b=\"1\"  ", "start r\nstart a b=[1]\n", 0, ""},  // a cut-off tag counts as ended
     };
     for (const auto& c : cases) {
         RecordingHandler handler;
