@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "app/Application.h"
+#include "tests/support/CaptureOutput.h"
 #include "tests/support/FakeCommTransport.h"
 #include "tests/support/ScriptedConnector.h"
 #include "tests/support/TempFile.h"
@@ -45,11 +46,10 @@ protected:
         std::vector<const char*> argv;
         for (const std::string& a : args)
             argv.push_back(a.c_str());
-        testing::internal::CaptureStdout();
-        testing::internal::CaptureStderr();
-        RunResult result{runCorvelcfg(static_cast<int>(argv.size()), argv.data()), "", ""};
-        result.err = testing::internal::GetCapturedStderr();
-        result.out = testing::internal::GetCapturedStdout();
+        RunResult result{};
+        const Captured captured =
+            captureOutput([&] { result.status = runCorvelcfg(static_cast<int>(argv.size()), argv.data()); });
+        result.out = captured.out, result.err = captured.err;
         return result;
     }
 
