@@ -13,6 +13,7 @@
 #include "tests/support/CertAnswers.h"
 #include "tests/support/FakeClock.h"
 #include "tests/support/FakeCommTransport.h"
+#include "tests/support/TempFile.h"
 
 namespace {
 
@@ -108,21 +109,16 @@ TEST(CertMgr, RequestPacketHasTheFixedPreambleAndTheTextLength)
 
 TEST(CertMgr, UploadsCarryFileNameSizeAndBase64)
 {
-    char path[] = "/tmp/cert-upload-XXXXXX";
-    const int fd = mkstemp(path);
-    ASSERT_GE(fd, 0);
-    ASSERT_EQ(write(fd, "abcd", 4), 4);
-    close(fd);
-    const std::string name = std::string(path).substr(5);
+    const TempFile file("abcd");
+    const std::string name = file.path.substr(5);  // after "/tmp/"
 
     ClientUnderTest t;
     t.answer(answerXml(1));
     t.answer(answerXml(1));
     captureOutput([&] {
-        EXPECT_EQ(t.client.installSignedCert(path), 0);
-        EXPECT_EQ(t.client.installCACert(path), 0);  // not a certificate: no list, no delete
+        EXPECT_EQ(t.client.installSignedCert(file.path), 0);
+        EXPECT_EQ(t.client.installCACert(file.path), 0);  // not a certificate: no list, no delete
     });
-    unlink(path);
     EXPECT_EQ(t.sentTexts(),
               (std::vector<std::string>{
                   call("uploadSignedCertFile", 500,
@@ -146,7 +142,6 @@ TEST(CertMgr, AnswerEnvelopeIsCheckedAndEveryE0LeftOut)
     const Case cases[] = {
         {"E0 inside the XML", "E0C003000100E0 3C E0 613E E0", 64, true, "<a>"},
         {"wrong envelope byte", "E0C003000100E1 3C613E", 64, false, ""},
-        {"shorter than the envelope", "E0C0030001", 64, false, ""},
         {"capacity below the answer length", "E0C003000100E0 3C613E", 9, false, ""},
     };
     for (const Case& c : cases) {
