@@ -159,7 +159,6 @@ TEST_F(RunDriver, UnreadableInputFileStopsTheRunBeforeAnyExchange)
     } cases[] = {
         {{"-c", "-file", "/nonexistent/net.conf"},
          "D [CVL] Cannot read settings file '/nonexistent/net.conf': No such file or directory\n"},
-        {{"-icer", "-file", "/tmp"}, "D [CVL] Cannot read settings file '/tmp': Is a directory\n"},
         {{"-ca", "-file"}, "D [CVL] -file needs the name of a settings file!\n"},
         {{"-npa", "-file"}, "D [CVL] -file needs the name of a packet file!\n"},
     };

@@ -43,7 +43,7 @@ TEST(Queries, ReportTheValueFoundInsideTheAnswer)
         if (!answer.empty()) {
             answer[2] = static_cast<uint8_t>(answer.size() - 3);  // the envelope's frame length
         }
-        t.transport.addAnswerInPieces({answer});
+        t.transport.addAnswer(answer);
         const Captured captured = captureOutput([&] { EXPECT_EQ((t.configurator.*c.query)(), c.result) << c.answer; });
         // 2 s after the request, then reads for 3 s; a silent read lets 5 s pass.
         EXPECT_LT(t.clock.clock.now() - t.clock.clock.start, 2 + 3 + 5 + 5 * (c.query == &Q::queryCertSettings));
