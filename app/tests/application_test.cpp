@@ -18,9 +18,8 @@ namespace {
 
 using Lines = std::vector<std::string>;
 
-struct RunResult {
-    int status;
-    std::string out, err;
+struct RunResult : Captured {
+    int status = 0;
 };
 
 class RunDriver : public testing::Test {
@@ -46,10 +45,9 @@ protected:
         std::vector<const char*> argv;
         for (const std::string& a : args)
             argv.push_back(a.c_str());
-        RunResult result{};
-        const Captured captured =
+        RunResult result;
+        static_cast<Captured&>(result) =
             captureOutput([&] { result.status = runCorvelcfg(static_cast<int>(argv.size()), argv.data()); });
-        result.out = captured.out, result.err = captured.err;
         return result;
     }
 
