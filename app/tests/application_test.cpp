@@ -76,7 +76,8 @@ Lines operator+(Lines a, const Lines& b) { return a.insert(a.end(), b.begin(), b
 
 // One row per kind of mode (each mode's requests are checked end to end): a
 // refusal (-1) is asked again once in plain form where the mode allows, and
-// the exit status is the result's low eight bits.
+// the exit status is the result's low eight bits. An input file that cannot be
+// read stops the run before any exchange.
 TEST_F(RunDriver, RequestsResultsAndPlainRetries)
 {
     const TempFile packet("0xa5, 00 6 5");  // blanks, commas and the x skipped; the odd digit dropped
@@ -86,6 +87,7 @@ TEST_F(RunDriver, RequestsResultsAndPlainRetries)
         Lines writes;
         int status;
         std::string out;
+        const char* err = nullptr;  // the whole standard error, where given
     } cases[] = {
         {{"-c", "--ssid=net"}, {kRefused, "A5 00 04 50 E0 DA 01"}, {kWrappedSettings, kPlainSettings}, 0, kShown + kShown},
         {{"-t"}, {kRefused, kRefused}, {wrappedRead("28 15"), plainRead("28 15")}, 255, ""},
@@ -97,6 +99,10 @@ TEST_F(RunDriver, RequestsResultsAndPlainRetries)
          Lines{kWrappedNoSSID, kPlainNoSSID} + repeated(plainRead("28 15"), 4) + repeated(plainRead("0A 02"), 7), 0,
          kShown + "Configuring the printer....\nResetting the printer....\nConnecting to wireless network...." + kShown +
              kShown + "Acquiring network address....\nIP-ADDRESS : "},
+        {{"-c", "-file", "/nonexistent/net.conf"}, {}, {}, kInputFileError, "",
+         "D [CVL] Cannot read settings file '/nonexistent/net.conf': No such file or directory\n"},
+        {{"-ca", "-file"}, {}, {}, kInputFileError, "", "D [CVL] -file needs the name of a settings file!\n"},
+        {{"-npa", "-file"}, {}, {}, kInputFileError, "", "D [CVL] -file needs the name of a packet file!\n"},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.args[0] + (c.args.size() > 1 ? " " + c.args[1] : ""));
@@ -105,6 +111,7 @@ TEST_F(RunDriver, RequestsResultsAndPlainRetries)
         EXPECT_EQ(writesInHex(), c.writes);
         EXPECT_EQ(result.status, c.status);
         EXPECT_EQ(result.out, c.out);
+        if (c.err != nullptr) { EXPECT_EQ(result.err, c.err); }
     }
 }
 
@@ -147,27 +154,6 @@ TEST_F(RunDriver, UsageWithoutArgumentsAndForDashH)
     EXPECT_NE(bare.out.find("USAGE:"), std::string::npos);
     EXPECT_EQ(help.out, bare.out);
     EXPECT_TRUE(printer.paths.empty());
-}
-
-TEST_F(RunDriver, UnreadableInputFileStopsTheRunBeforeAnyExchange)
-{
-    const struct {
-        std::vector<std::string> args;
-        const char* message;
-    } cases[] = {
-        {{"-c", "-file", "/nonexistent/net.conf"},
-         "D [CVL] Cannot read settings file '/nonexistent/net.conf': No such file or directory\n"},
-        {{"-ca", "-file"}, "D [CVL] -file needs the name of a settings file!\n"},
-        {{"-npa", "-file"}, "D [CVL] -file needs the name of a packet file!\n"},
-    };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.message);
-        const RunResult result = run(c.args);
-        EXPECT_EQ(result.status, kInputFileError);
-        EXPECT_EQ(result.err, c.message);
-        EXPECT_EQ(result.out, "");
-        EXPECT_TRUE(printer.paths.empty());
-    }
 }
 
 }  // namespace

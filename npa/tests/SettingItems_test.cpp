@@ -40,7 +40,6 @@ TEST(SettingItems, BytesForEdgeValues)
         {[](auto& c) { c.mode = "Ad-hoc"; }, basic, "28 02", "28 02 " + number + "00"},
         {[](auto& c) { c.mode.clear(); }, basic, "28 02", ""},
         {[](auto& c) { c.channel = "12"; }, basic, "28 05", "28 05 " + number + "06"},
-        {[](auto& c) { c.security = "WPA2"; }, basic, "28 11", "28 11 00 00 06 " + hexOf("typed") + " 00"},
         {[](auto& c) { c.passwd = "abc"; }, basic, "28 11", ""},
         {[](auto& c) { c.security = "SHARED", c.wepKey[0] = std::string(30, 'k'); }, advanced, "28 09",
          "28 09 00 00 1A " + textHex('k', 26)},
