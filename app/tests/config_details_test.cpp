@@ -70,7 +70,6 @@ TEST(UsbPathArgument, LastArgumentWithoutDashWins)
     } cases[] = {
         {{"-s", "001:004", "/dev/usb/lp1"}, "/dev/usb/lp1"},
         {{"-s", "/dev/usb/lp-2"}, "/dev/usb/lp0"},  // taken for an option
-        {{"-npa", "-file", "read-ssid.hex"}, "/dev/usb/lp0"},
     };
     for (const auto& c : cases) {
         const auto args = withProgramName(c.args);
