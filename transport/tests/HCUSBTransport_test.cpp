@@ -34,8 +34,6 @@ protected:
 
 // The read returns once all bytes are there, or once more than four whole
 // seconds passed without a new byte; earliest and latest fake-clock times.
-// (A longer read of a short answer and a silent printer end every
-// end-to-end run.)
 TEST_F(TransportTest, ReadCollectsPiecesUntilCompleteOrQuiet)
 {
     const struct {
@@ -50,6 +48,7 @@ TEST_F(TransportTest, ReadCollectsPiecesUntilCompleteOrQuiet)
         {"pieces", {{0, "ANS"}, {2 * kSecond, "WER-"}, {6 * kSecond, "12345"}}, 12, "ANSWER-12345",
          6 * kSecond, 6 * kSecond, IoStatus::TimedOut},
         {"exact length already there", {{0, "0123456789AB"}}, 12, "0123456789AB", 0, 0, IoStatus::TimedOut},
+        {"silent printer", {}, 16, "", 5 * kSecond, 6 * kSecond, IoStatus::TimedOut},
         {"wait error", {{0, "abc"}, {1 * kSecond, "never"}}, 8, "abc", 0, 0, IoStatus::Failed},
         {"readable but empty", {}, 8, "", 5 * kSecond, 6 * kSecond, IoStatus::DataReady},
     };
