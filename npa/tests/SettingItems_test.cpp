@@ -1,5 +1,7 @@
 // The setting operations: the item bytes each sequence sends for edge values
-// of the record, and when the password is asked for.
+// of the record, when the password is asked for, and a request too long for
+// its length field. (Whole requests and each sequence's items in order are
+// checked byte for byte by the run-driver and end-to-end tests.)
 #include <gtest/gtest.h>
 
 #include <functional>
@@ -87,6 +89,17 @@ TEST(SettingItems, PasswordIsAskedForEveryBuildAndNeverStored)
     captureOutput([&] { t.configurator.basicConfig(), t.configurator.basicConfig(); });
     EXPECT_EQ(t.passwordPrompts, 2);
     EXPECT_EQ(t.config.passwd, "");
+}
+
+TEST(SettingItems, ARequestTooLongForItsLengthFieldIsNotSent)
+{
+    ConfigDetails details;
+    details.ssid = std::string(70000, 's');  // the SSID value alone overflows the 16-bit length
+    ConfiguratorUnderTest t(details);
+    t.configurator.setPassThrough(false);
+    const Captured captured = captureOutput([&] { EXPECT_EQ(t.configurator.basicConfig(), -1); });
+    EXPECT_TRUE(t.transport.writes.empty());
+    EXPECT_NE(captured.err.find("D [CVL] Settings request too long (65574 bytes)!\n"), std::string::npos);
 }
 
 }  // namespace
