@@ -28,6 +28,9 @@ std::string call(const std::string& method, int id, const std::string& map, bool
 
 std::string map(const std::string& children) { return "<MapElem>" + children + "</MapElem>"; }
 
+// The friendly name the program gives its own certificate.
+const std::string kHelperName = stringChild("cert_friendly_name", "CorvelRadioHelper");
+
 // The request text follows the 28 bytes of the two packet headers.
 std::string textOf(const std::vector<uint8_t>& request)
 {
@@ -62,17 +65,17 @@ TEST(CertMgr, EachMethodSendsItsRequestTextInTheTwoPacketFrame)
     std::string s1, s2, s3, s4, s5, s6, s7;
     const Case cases[] = {
         {"deleteCACert (values unchanged)", [&](CertMgr& c) { c.deleteCACert(ugly); },
-         call("deleteIndividualCA", 410, map(xmlChild("ca_common_name", "StringElem", ugly)))},
+         call("deleteIndividualCA", 410, map(stringChild("ca_common_name", ugly)))},
         {"deleteSignedCert", [](CertMgr& c) { c.deleteSignedCert(); },
-         call("deleteIndividualCert", 510, map(xmlChild("cert_friendly_name", "StringElem", "CorvelRadioHelper")))},
+         call("deleteIndividualCert", 510, map(kHelperName))},
         {"getCertRequestDefaults", [&](CertMgr& c) { c.getCertRequestDefaults(s1, s2, s3, s4, s5, s6, s7); },
          call("readCertDefaults", 100, "<MapElem></MapElem>", true)},
         {"getCAInfo", [&](CertMgr& c) { c.getCAInfo("Root_X", s1, s2, s3); },
-         call("queryCAInfo", 430, map(xmlChild("ca_common_name", "StringElem", "Root_X")))},
+         call("queryCAInfo", 430, map(stringChild("ca_common_name", "Root_X")))},
         {"getFriendlyNameList", [&](CertMgr& c) { c.getFriendlyNameList(list); }, call("queryCertList", 520, "")},
         {"getCACommonNameList", [&](CertMgr& c) { c.getCACommonNameList(list); }, call("queryCAList", 420, "")},
         {"saveCertRequest", [](CertMgr& c) { c.saveCertRequest("/nonexistent-dir/x.csr", "Mine"); },
-         call("exportPubKey", 210, map(xmlChild("cert_friendly_name", "StringElem", "Mine")))},
+         call("exportPubKey", 210, map(stringChild("cert_friendly_name", "Mine")))},
     };
     for (const Case& testCase : cases) {
         ClientUnderTest t;
@@ -87,15 +90,11 @@ TEST(CertMgr, EachMethodSendsItsRequestTextInTheTwoPacketFrame)
     t.answer(answerXml(1));
     t.answer(answerXml(1));
     captureOutput([&] { t.client.createCertRequest(ugly, "U", "DE", "BY", "City", "cn", "alt"); });
-    const std::string subject = xmlChild("cert_friendly_name", "StringElem", "CorvelRadioHelper") +
-                                xmlChild("x509_O", "StringElem", escaped) + xmlChild("x509_AN", "StringElem", "alt") +
-                                xmlChild("x509_C", "StringElem", "DE") + xmlChild("x509_CN", "StringElem", "cn") +
-                                xmlChild("x509_L", "StringElem", "City") + xmlChild("x509_OU", "StringElem", "U") +
-                                xmlChild("x509_ST", "StringElem", "BY");
-    EXPECT_EQ(t.sentTexts(), (std::vector<std::string>{
-                                 call("deleteIndividualCert", 510,
-                                      map(xmlChild("cert_friendly_name", "StringElem", "CorvelRadioHelper"))),
-                                 call("generateNewCert", 200, map(subject))}));
+    const std::string subject = kHelperName + stringChild("x509_O", escaped) + stringChild("x509_AN", "alt") +
+                                stringChild("x509_C", "DE") + stringChild("x509_CN", "cn") + stringChild("x509_L", "City") +
+                                stringChild("x509_OU", "U") + stringChild("x509_ST", "BY");
+    EXPECT_EQ(t.sentTexts(), (std::vector<std::string>{call("deleteIndividualCert", 510, map(kHelperName)),
+                                                       call("generateNewCert", 200, map(subject))}));
 }
 
 TEST(CertMgr, RequestPacketHasTheFixedPreambleAndTheTextLength)
@@ -121,11 +120,10 @@ TEST(CertMgr, UploadsCarryFileNameSizeAndBase64)
     EXPECT_EQ(t.sentTexts(),
               (std::vector<std::string>{
                   call("uploadSignedCertFile", 500,
-                       map(xmlChild("cert_friendly_name", "StringElem", "CorvelRadioHelper") +
-                           xmlChild("cert_syst_dot_pem_size", "IntegerElem", "4") +
+                       map(kHelperName + xmlChild("cert_syst_dot_pem_size", "IntegerElem", "4") +
                            xmlChild("cert_syst_dot_pem_file", "BinaryElem", "YWJjZA=="))),
                   call("uploadNewCAFile", 400,
-                       map(xmlChild("ca_file_name", "StringElem", name) + xmlChild("ca_dot_pem_size", "IntegerElem", "4") +
+                       map(stringChild("ca_file_name", name) + xmlChild("ca_dot_pem_size", "IntegerElem", "4") +
                            xmlChild("ca_dot_pem_file", "BinaryElem", "YWJjZA==")))}));
 }
 
@@ -159,7 +157,7 @@ TEST(CertMgr, AnswerEnvelopeIsCheckedAndEveryE0LeftOut)
 TEST(CertMgr, FailuresWriteTheErrorLineAndThePrintersMessage)
 {
     ClientUnderTest t;
-    t.answer(answerXml(7, xmlChild("status_mesg", "StringElem", "no such CA")));
+    t.answer(answerXml(7, stringChild("status_mesg", "no such CA")));
     t.transport.addAnswer(answerPacket(answerXml(1), "E0C0030001"));  // envelope cut short
     std::vector<std::string> names = {"kept1", "kept2"};
     const Captured captured = captureOutput([&] {
