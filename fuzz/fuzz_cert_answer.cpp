@@ -29,7 +29,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     ScopedFakeClock clock;
     FakeCommTransport transport;
     const std::vector<uint8_t> answer(data, data + size);
-    for (int i = 0; i < 12; ++i) transport.addAnswerInPieces({answer});
+    for (int i = 0; i < 12; ++i) transport.addAnswer(answer);
     CertMgr client(std::make_unique<NPAChannel>("/dev/usb/lp0", transport));
 
     std::string s[7];

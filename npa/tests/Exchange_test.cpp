@@ -1,5 +1,6 @@
-// The channel's exchanges: collecting framed answers within the time limit,
-// judging settings answers, and the polled exchanges' attempts and pauses.
+// The channel's exchanges: collecting framed answers within the time limit
+// (noise, split frames, bit 7 and cut packets are played end to end),
+// and the attempts, pauses and judgements of the settings and polled exchanges.
 #include <gtest/gtest.h>
 
 #include "npa/tests/NpaTestSupport.h"
@@ -18,25 +19,17 @@ TEST(ExchangeNPA, CollectsThePacketContents)
 {
     const struct {
         const char* name;
-        std::vector<const char*> pieces;  // the printer pauses between pieces
+        const char* answer;
         const char* expected;
     } cases[] = {
-        {"noise before the start byte", {"00 FF 12 A5 00 04 00 E0 D8 01"}, "E0 D8 01"},
-        {"bit 5: a further packet", {"A5 00 03 20 AA BB A5 00 02 00 CC A5 00 02 00 DD"}, "AA BB CC"},
-        {"bit 7: dropped, ends the answer", {"A5 00 03 20 AA BB A5 00 02 80 CC A5 00 02 00 DD"}, "AA BB"},
-        {"incomplete packet dropped", {"A5 00 05 00 11", "A5 00 02 00 77"}, "77"},
-        {"frame split over reads", {"A5", "00 02", "00 77"}, "77"},
+        {"bit 5: a further packet", "A5 00 03 20 AA BB A5 00 02 00 CC A5 00 02 00 DD", "AA BB CC"},
         // These end only by the time limit (10 s); a missing limit hangs here.
-        {"announced packet never comes", {"A5 00 02 20 42"}, "42"},
-        {"silent printer", {}, ""},
+        {"announced packet never comes", "A5 00 02 20 42", "42"},
+        {"silent printer", "", ""},
     };
     for (const auto& c : cases) {
         ChannelUnderTest t;
-        std::vector<std::vector<uint8_t>> pieces;
-        for (const char* piece : c.pieces) {
-            pieces.push_back(bytesFromHex(piece));
-        }
-        t.transport.addAnswerInPieces(pieces);
+        t.transport.addAnswer(c.answer);
         std::vector<uint8_t> answer{0x99};  // earlier contents are replaced
         const int32_t count = t.channel.exchangeNPA(kRequest.data(), 9, answer, 10);
         EXPECT_EQ(hexOf(answer), c.expected) << c.name;
@@ -48,22 +41,7 @@ TEST(ExchangeNPA, CollectsThePacketContents)
     }
 }
 
-TEST(SendSettings, JudgesTheAnswer)
-{
-    const struct {
-        const char* answer;
-        int expected;
-    } cases[] = {{"A5 00 04 50 E0 DA 01", 0}, {"A5 00 04 50 E0 DA 02", 1}, {"", -1},
-                 {"A5 00 04 D4 E0 DA 01", -1}, {"A5 00 D4", 1}, {"01", 0}};
-    for (const auto& c : cases) {
-        ChannelUnderTest t;
-        t.transport.addAnswer(c.answer);
-        EXPECT_EQ(t.channel.sendSettings(kRequest.data(), 9), c.expected) << c.answer;
-        EXPECT_EQ(t.clock.clock.sleeps, std::vector<unsigned>{5}) << c.answer;
-    }
-}
-
-TEST(PolledExchanges, AttemptsWaitsAndJudgements)
+TEST(Exchanges, AttemptsWaitsAndJudgements)
 {
     using Poll = int (NPAChannel::*)(const uint8_t*, int32_t);
     const std::string text = "A5 00 0D 50 E0 D8 00 28 15 00 05 " + hexOf("home");
@@ -76,6 +54,13 @@ TEST(PolledExchanges, AttemptsWaitsAndJudgements)
         std::vector<unsigned> sleeps;
         const char* output;
     } cases[] = {
+        // A settings request is sent once; its answer's last byte is the result.
+        {"settings accepted", &NPAChannel::sendSettings, {"A5 00 04 50 E0 DA 01"}, 0, 1, {5}, ""},
+        {"settings refused by the item", &NPAChannel::sendSettings, {"A5 00 04 50 E0 DA 02"}, 1, 1, {5}, ""},
+        {"settings silent", &NPAChannel::sendSettings, {""}, -1, 1, {5}, ""},
+        {"settings refused", &NPAChannel::sendSettings, {"A5 00 04 D4 E0 DA 01"}, -1, 1, {5}, ""},
+        {"settings: short answer", &NPAChannel::sendSettings, {"A5 00 D4"}, 1, 1, {5}, ""},
+        {"settings: one byte", &NPAChannel::sendSettings, {"01"}, 0, 1, {5}, ""},
         {"connected at once", &NPAChannel::pollConnection, {"A5 00 02 50 00"}, 0, 1, {2}, ""},
         {"never connected: last byte", &NPAChannel::pollConnection, {"03", "03", "03", "A5 00 02 50 07"}, 7, 4,
          {2, 2, 2, 2}, ""},

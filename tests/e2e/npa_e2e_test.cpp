@@ -56,9 +56,9 @@ TEST_P(Npa, SendsTheFileUnchangedAndDumpsWhatTheFrameRulesKeep)
               std::string::npos) << run.err;
 }
 
-// The frame rules themselves (noise, split, bit 7, cut-off packets) are the
-// channel's unit tests; here the real device node, its waits and the answers
-// corvelsim gives.
+// The real device node, its waits, the answers corvelsim gives and the frame
+// rules: noise before the start byte skipped, split packets joined, a packet
+// flagged bit 7 ending or dropped, a packet cut short dropped.
 INSTANTIATE_TEST_SUITE_P(
     Answers, Npa,
     ::testing::Values(
@@ -67,6 +67,10 @@ INSTANTIATE_TEST_SUITE_P(
         NpaCase{"wrapped", {}, kWrappedSsid, "E0 63 02 00 0B A5 00 08 50 E0 D8 00 28 08 00 00"},
         NpaCase{"unknownRequestRefused", {}, "A5 00 04 50 12 34 56", ""},
         NpaCase{"silent", {"--fault", "silent"}, kReadSsid, ""},
+        NpaCase{"splitWithNoise", {"--fault", "split=3", "--fault", "noise=2"}, kReadSsid, kEmptySsid},
+        NpaCase{"bit7AfterEnds", {"--fault", "bit7=after"}, kReadSsid, kEmptySsid},
+        NpaCase{"bit7InsteadDropped", {"--fault", "bit7=instead"}, kReadSsid, ""},
+        NpaCase{"truncatedDropped", {"--fault", "truncate=3"}, kReadSsid, ""},
         NpaCase{"lateWithinLimit", {"--fault", "late=150"}, kReadSsid, kEmptySsid},
         NpaCase{"settingsRejected", {"--fault", "reject-settings"}, "A5 00 0A 50 E0 DA 01 06 14 00 00 01 01",
                 "E0 DA 01 00"}),

@@ -13,6 +13,11 @@ inline std::string xmlChild(const std::string& name, const std::string& element,
     return "<child name=\"" + name + "\"><" + element + ">" + value + "</" + element + "></child>";
 }
 
+inline std::string stringChild(const std::string& name, const std::string& value)
+{
+    return xmlChild(name, "StringElem", value);
+}
+
 inline std::string answerXml(int status, const std::string& more = "")
 {
     return "<response><MapElem>" + xmlChild("status_code", "IntegerElem", std::to_string(status)) + more +

