@@ -4,7 +4,7 @@
 set -euo pipefail
 
 packages=(
-  cmake g++ make pkg-config            # toolchain
+  cmake g++ make ninja-build pkg-config  # toolchain
   libusb-dev libssl-dev                # the utility: libusb-0.1, OpenSSL
   openssl                              # certificates made and signed in the tests and the demo
   libgtest-dev libgmock-dev            # unit tests

@@ -4,17 +4,11 @@
 
 #include <gtest/gtest.h>
 
-#include <pty.h>
-#include <unistd.h>
-
-#include <algorithm>
-#include <chrono>
 #include <deque>
 #include <string>
 #include <vector>
 
 #include "tests/support/ScriptedConnector.h"
-#include "transport/USBLPConnector.h"
 
 namespace {
 
@@ -98,54 +92,6 @@ TEST_F(TransportTest, OpenReplacesTheConnectorAndLastReleaseDestroys)
     testing::internal::CaptureStderr();
     HCUSBTransport::releaseInstance();
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "D [CVL] Destroying last instance of usb transport.\n");
-}
-
-// The real device-node connector on a pty whose master side closes, as the
-// node of an unplugged printer: the read ends at once instead of spinning
-// through the quiet time, the loss is reported once and the node is not
-// opened again.
-TEST(TransportDeviceGone, HungUpNodeEndsTheReadAndIsReportedOnce)
-{
-    int master = -1, slave = -1;
-    char slaveName[256] = {};
-    ASSERT_EQ(openpty(&master, &slave, slaveName, nullptr, nullptr), 0);
-    ::close(slave);
-    char dir[] = "/tmp/cvl-goneXXXXXX";
-    ASSERT_NE(mkdtemp(dir), nullptr);
-    const std::string prefix = std::string(dir) + "/lp";
-    ASSERT_EQ(symlink(slaveName, (prefix + "0").c_str()), 0);
-    int opens = 0;
-    HCUSBTransport::setConnectorFactory([&](const char*) -> std::unique_ptr<HCIOConnector> {
-        ++opens;
-        return std::make_unique<USBLPConnector>(prefix.c_str(), 0);
-    });
-    HCUSBTransport* transport = HCUSBTransport::getInstance();
-    ASSERT_EQ(transport->open("/dev/usb/lp0"), 0);
-    ::close(master);
-
-    testing::internal::CaptureStderr();
-    uint8_t buffer[16];
-    const auto start = std::chrono::steady_clock::now();
-    const int32_t got = transport->read(buffer, sizeof buffer);
-    const auto took = std::chrono::steady_clock::now() - start;
-    const int32_t reopened = transport->open("/dev/usb/lp0");
-    const int32_t again = transport->read(buffer, sizeof buffer);
-    const std::string err = testing::internal::GetCapturedStderr();
-
-    EXPECT_EQ(got, 0);
-    EXPECT_LT(took, std::chrono::seconds(1));
-    EXPECT_TRUE(transport->deviceGone());
-    EXPECT_EQ(err, "D [CVL] The printer is gone (No such device): no further requests are sent.\n");
-    EXPECT_EQ(reopened, -1);
-    EXPECT_EQ(again, 0);
-    EXPECT_EQ(opens, 1);
-
-    testing::internal::CaptureStderr();
-    HCUSBTransport::releaseInstance();
-    testing::internal::GetCapturedStderr();
-    HCUSBTransport::setConnectorFactory(nullptr);
-    unlink((prefix + "0").c_str());
-    rmdir(dir);
 }
 
 }  // namespace
