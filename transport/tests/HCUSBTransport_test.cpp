@@ -4,11 +4,15 @@
 
 #include <gtest/gtest.h>
 
+#include <unistd.h>
+
+#include <cerrno>
 #include <deque>
 #include <string>
 #include <vector>
 
 #include "tests/support/ScriptedConnector.h"
+#include "transport/USBLPConnector.h"
 
 namespace {
 
@@ -92,6 +96,25 @@ TEST_F(TransportTest, OpenReplacesTheConnectorAndLastReleaseDestroys)
     testing::internal::CaptureStderr();
     HCUSBTransport::releaseInstance();
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "D [CVL] Destroying last instance of usb transport.\n");
+}
+
+// A node whose read fails with EIO (what an unplugged printer's node gives;
+// here /proc/self/mem read at address 0) marks the printer gone.
+TEST(DeviceNodeConnector, InputOutputErrorMeansThePrinterIsGone)
+{
+    char dir[] = "/tmp/cvl-eioXXXXXX";
+    ASSERT_NE(mkdtemp(dir), nullptr);
+    const std::string prefix = std::string(dir) + "/lp";
+    ASSERT_EQ(symlink("/proc/self/mem", (prefix + "0").c_str()), 0);
+    USBLPConnector node(prefix.c_str(), 0);
+    ASSERT_EQ(node.open(), 0);
+    uint8_t buffer[8];
+    EXPECT_EQ(node.read(buffer, sizeof buffer), -1);
+    EXPECT_EQ(node.getStatus(), static_cast<int32_t>(IoStatus::Gone));
+    EXPECT_EQ(node.getError(), EIO);
+    node.close();
+    unlink((prefix + "0").c_str());
+    rmdir(dir);
 }
 
 }  // namespace
