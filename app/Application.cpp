@@ -16,14 +16,10 @@ namespace {
 // Modes whose values come from options or a settings file.
 bool takesSettings(const std::string& mode)
 {
-    return mode == "-c" || mode == "-ca" || mode == "-cer" || mode == "-icer" || mode == "-rcerdefs" ||
-           mode == "-csr";
+    return mode == "-c" || mode == "-ca" || mode == "-cer" || mode == "-icer" || mode == "-rcerdefs" || mode == "-csr";
 }
 
-bool isCertificateCommand(const std::string& mode)
-{
-    return mode == "-icer" || mode == "-rcerdefs" || mode == "-csr";
-}
+bool isCertificateCommand(const std::string& mode) { return mode == "-icer" || mode == "-rcerdefs" || mode == "-csr"; }
 
 struct ModeEntry {
     const char* mode;
@@ -50,8 +46,7 @@ const char* const kDefaultUsbPath = "/dev/usb/lp0";
 
 Application::Application(int argc, const char* const* argv) : m_Argc(argc)
 {
-    for (int i = 0; i < argc; ++i)
-        m_Args.emplace_back(argv[i] != nullptr ? argv[i] : "");
+    for (int i = 0; i < argc; ++i) m_Args.emplace_back(argv[i] != nullptr ? argv[i] : "");
     m_Mode = m_Args.size() > 1 ? m_Args[1] : std::string();
     m_Config = std::make_unique<ConfigDetails>();
     m_Result = run();
@@ -67,8 +62,7 @@ Application::~Application()
 
 int Application::run()
 {
-    if (!fillConfig())
-        return kInputFileError;
+    if (!fillConfig()) return kInputFileError;
 
     if (isCertificateCommand(m_Mode)) {
         CertProc processor;
@@ -86,8 +80,7 @@ bool Application::fillConfig()
     const bool fileNamed = m_Argc > 3;
 
     if (takesSettings(m_Mode)) {
-        if (!fileForm)
-            return parseArguments(*m_Config, m_Argc, m_Args) == 0;
+        if (!fileForm) return parseArguments(*m_Config, m_Argc, m_Args) == 0;
         if (!fileNamed) {
             std::fprintf(stderr, "D [CVL] -file needs the name of a settings file!\n");
             return false;
@@ -103,8 +96,7 @@ bool Application::fillConfig()
     }
 
     if (m_Mode == "-npa") {
-        if (!fileForm)
-            return true;
+        if (!fileForm) return true;
         if (!fileNamed) {
             std::fprintf(stderr, "D [CVL] -file needs the name of a packet file!\n");
             return false;
@@ -114,8 +106,7 @@ bool Application::fillConfig()
         // printed and an empty packet goes out, as before any file was known.
         // One too large to be a packet file is refused.
         if (readNpaFile(*m_Config, m_Args[3]) == -2) {
-            std::fprintf(stderr, "D [CVL] Cannot read packet file '%s': %s\n", m_Args[3].c_str(),
-                         std::strerror(errno));
+            std::fprintf(stderr, "D [CVL] Cannot read packet file '%s': %s\n", m_Args[3].c_str(), std::strerror(errno));
             return false;
         }
         return true;
@@ -126,11 +117,9 @@ bool Application::fillConfig()
 
 int Application::dispatch()
 {
-    if (m_Mode == "-h")
-        return printUsage();
+    if (m_Mode == "-h") return printUsage();
     for (const ModeEntry& entry : kModeTable) {
-        if (m_Mode != entry.mode)
-            continue;
+        if (m_Mode != entry.mode) continue;
         WirelessConfigurator& configurator = *m_Configurator;
         int result = (configurator.*entry.operation)();
         if (entry.retryPlain && result == -1) {
@@ -140,8 +129,7 @@ int Application::dispatch()
         return result;
     }
 
-    if (m_Mode == "-npa")
-        return sendRawPacket();
+    if (m_Mode == "-npa") return sendRawPacket();
 
     // Any other first argument runs the full configuration; its outcome is
     // shown to the user on the way, the run itself always succeeds.

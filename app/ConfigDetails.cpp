@@ -49,23 +49,18 @@ const OptionKey kOptionKeys[] = {
 
 void applyAllKeys(ConfigDetails& config, const std::string& text)
 {
-    for (const OptionKey& option : kOptionKeys)
-        getOptionValue(text, option.key, option.field(config));
+    for (const OptionKey& option : kOptionKeys) getOptionValue(text, option.key, option.field(config));
 }
 
 bool containsDash(const std::string& argument) { return argument.find('-') != std::string::npos; }
 
-bool isHexDigit(int c)
-{
-    return (c >= '0' && c <= '9') || (c >= 'A' && c <= 'F') || (c >= 'a' && c <= 'f');
-}
+bool isHexDigit(int c) { return (c >= '0' && c <= '9') || (c >= 'A' && c <= 'F') || (c >= 'a' && c <= 'f'); }
 
 }  // namespace
 
 int getOptionValue(const std::string& argument, const char* key, std::string& value)
 {
-    if (argument.find(key) == std::string::npos)
-        return 0;
+    if (argument.find(key) == std::string::npos) return 0;
 
     // A double quote anywhere in the argument wins over the key's position:
     // the value is what follows it, up to the next quote or the end. This is
@@ -101,8 +96,7 @@ int readConfigFile(ConfigDetails& config, const std::string& fileName, const std
     // A file that opens but cannot be read (a directory, an I/O error) or
     // is too large is reported like one that cannot be opened.
     std::string content;
-    if (readInputFile(fileName, content) != InputFileRead::Read)
-        return -1;
+    if (readInputFile(fileName, content) != InputFileRead::Read) return -1;
 
     // Lines longer than 255 characters arrive in several pieces, each taken
     // as a line of its own; a carriage return stays part of the text, a zero
@@ -112,20 +106,16 @@ int readConfigFile(ConfigDetails& config, const std::string& fileName, const std
     for (std::size_t at = 0; at < content.size();) {
         std::size_t end = std::min(content.size(), at + kPiece);
         const std::size_t lineFeed = content.find('\n', at);
-        if (lineFeed != std::string::npos && lineFeed < end)
-            end = lineFeed + 1;
+        if (lineFeed != std::string::npos && lineFeed < end) end = lineFeed + 1;
         std::string line = content.substr(at, end - at);
         at = end;
         line.resize(std::strlen(line.c_str()));
-        if (!line.empty() && line.back() == '\n')
-            line.pop_back();
-        if (!line.empty() && line[0] == '#')
-            continue;
+        if (!line.empty() && line.back() == '\n') line.pop_back();
+        if (!line.empty() && line[0] == '#') continue;
         lines.push_back(line);
     }
 
-    for (const std::string& line : lines)
-        applyAllKeys(config, line);
+    for (const std::string& line : lines) applyAllKeys(config, line);
     return 0;
 }
 
@@ -133,8 +123,7 @@ int findUsbPath(std::string& usbPath, int argc, const std::vector<std::string>& 
 {
     const int count = std::min<int>(argc, static_cast<int>(args.size()));
     for (int i = 1; i < count; ++i) {
-        if (!containsDash(args[i]))
-            usbPath = args[i];
+        if (!containsDash(args[i])) usbPath = args[i];
     }
     return 0;
 }
@@ -143,17 +132,14 @@ int readNpaFile(ConfigDetails& config, const std::string& path)
 {
     std::string content;
     const InputFileRead outcome = readInputFile(path, content);
-    if (outcome == InputFileRead::CannotOpen)
-        return -1;
-    if (outcome == InputFileRead::TooLarge)
-        return -2;
+    if (outcome == InputFileRead::CannotOpen) return -1;
+    if (outcome == InputFileRead::TooLarge) return -2;
 
     // Every byte that is no hexadecimal digit (blanks, commas, the x of 0x)
     // is skipped; a read error keeps what came before it.
     config.npaData.clear();
     for (char c : content) {
-        if (isHexDigit(static_cast<unsigned char>(c)))
-            config.npaData.push_back(c);
+        if (isHexDigit(static_cast<unsigned char>(c))) config.npaData.push_back(c);
     }
 
     std::printf("npaFileData: (%d bytes) %s\n", static_cast<int>(config.npaData.size()), config.npaData.c_str());

@@ -7,8 +7,7 @@ InputFileRead readInputFile(const std::string& path, std::string& content)
 {
     content.clear();
     std::FILE* file = std::fopen(path.c_str(), "rb");
-    if (file == nullptr)
-        return InputFileRead::CannotOpen;
+    if (file == nullptr) return InputFileRead::CannotOpen;
 
     char buffer[4096];
     InputFileRead outcome = InputFileRead::Read;
@@ -17,8 +16,7 @@ InputFileRead readInputFile(const std::string& path, std::string& content)
         const std::size_t got = std::fread(buffer, 1, sizeof buffer, file);
         content.append(buffer, got);
         if (got < sizeof buffer) {
-            if (std::ferror(file) != 0)
-                outcome = InputFileRead::ReadFailed;
+            if (std::ferror(file) != 0) outcome = InputFileRead::ReadFailed;
             break;
         }
     }

@@ -4,10 +4,7 @@
 
 #include <unistd.h>
 
-RatioReporter::RatioReporter()
-    : ConsoleReporter(isatty(STDOUT_FILENO) ? OO_Defaults : OO_Tabular)
-{
-}
+RatioReporter::RatioReporter() : ConsoleReporter(isatty(STDOUT_FILENO) ? OO_Defaults : OO_Tabular) {}
 
 void RatioReporter::ReportRuns(const std::vector<Run>& runs)
 {

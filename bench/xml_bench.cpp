@@ -43,10 +43,7 @@ void XMLCALL expatStart(void* data, const XML_Char*, const XML_Char** attrs)
     }
 }
 
-void XMLCALL expatText(void* data, const XML_Char*, int length)
-{
-    static_cast<Tally*>(data)->textBytes += length;
-}
+void XMLCALL expatText(void* data, const XML_Char*, int length) { static_cast<Tally*>(data)->textBytes += length; }
 
 enum Document { kTypical, kSmallElements, kEntityDense };
 
@@ -56,7 +53,7 @@ const std::string& document(Document kind, size_t bytes)
     static std::map<std::pair<int, size_t>, std::string> cache;
     std::string& text = cache[{kind, bytes}];
     if (text.empty()) {
-        text = kind == kTypical ? typicalAnswer()
+        text = kind == kTypical         ? typicalAnswer()
                : kind == kSmallElements ? smallElementsDocument(bytes)
                                         : entityDenseDocument(bytes);
     }
@@ -111,8 +108,7 @@ void XPathLastListItem(benchmark::State& state)
 {
     simpleXPath xpath(typicalAnswer());
     for (auto _ : state) {
-        benchmark::DoNotOptimize(
-            xpath.evaluate("/response/MapElem/child[@name='cert_list']/ListElem/StringElem[3]"));
+        benchmark::DoNotOptimize(xpath.evaluate("/response/MapElem/child[@name='cert_list']/ListElem/StringElem[3]"));
     }
     state.SetItemsProcessed(state.iterations());
 }
@@ -135,7 +131,7 @@ void registerParsers(const char* label, Document kind, size_t bytes)
     benchmark::RegisterBenchmark((std::string("ParseExpat/") + label).c_str(), ParseExpat, kind, bytes);
 }
 
-} // namespace
+}  // namespace
 
 int main(int argc, char** argv)
 {

@@ -49,7 +49,7 @@ private:
                 return c;
             }
         }
-        return '='; // past the end: the appended padding
+        return '=';  // past the end: the appended padding
     }
 
     const char* m_Text;
@@ -73,7 +73,7 @@ int groupByteCount(const char group[4])
     return count < 0 ? 0 : count;
 }
 
-} // namespace
+}  // namespace
 
 bool Base64::encode(const unsigned char* in, uint32_t length, char* out, uint32_t capacity)
 {

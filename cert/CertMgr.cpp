@@ -157,16 +157,15 @@ int CertMgr::installSignedCert(const std::string& path, const char* friendlyName
     std::vector<char> request(kFileRequest, 0);
     ObjStoreResponse response;
     if (file.size <= 0 ||
-        !formatRequest(request.data(), request.size(), "uploadSignedCertFile", kUploadSignedCertFile, name,
-                       file.size, file.text.data()) ||
+        !formatRequest(request.data(), request.size(), "uploadSignedCertFile", kUploadSignedCertFile, name, file.size,
+                       file.text.data()) ||
         !exchange(request.data(), kTimeLimitSeconds, response)) {
         return -1;
     }
     return response.getStatusCode() == 1 ? 0 : reportFailure(response, "D [CVL] Install Signed Cert error %d\n");
 }
 
-int CertMgr::getCAInfo(const std::string& caName, std::string& fileName, std::string& pemPath,
-                       std::string& commonName)
+int CertMgr::getCAInfo(const std::string& caName, std::string& fileName, std::string& pemPath, std::string& commonName)
 {
     char request[kSmallRequest];
     ObjStoreResponse response;
@@ -241,8 +240,8 @@ int CertMgr::installCACert(const std::string& path)
     // Formatted before anything is deleted: a request that cannot be sent
     // must not cost the printer the CA it holds.
     std::vector<char> request(kFileRequest, 0);
-    if (!formatRequest(request.data(), request.size(), "uploadNewCAFile", kUploadNewCAFile, fileName.c_str(),
-                       file.size, file.text.data())) {
+    if (!formatRequest(request.data(), request.size(), "uploadNewCAFile", kUploadNewCAFile, fileName.c_str(), file.size,
+                       file.text.data())) {
         return -1;
     }
     removeExistingCA(path);
@@ -276,12 +275,11 @@ int CertMgr::createCertRequest(const std::string& org, const std::string& unit, 
 {
     const char* name = friendlyNameOrDefault(friendlyName);
     char request[kRequest];
-    if (name == nullptr ||
-        !formatRequest(request, sizeof request, "generateNewCert", kGenerateNewCert, name,
-                       escapeXml(org.c_str()).c_str(), escapeXml(altname.c_str()).c_str(),
-                       escapeXml(country.c_str()).c_str(), escapeXml(common.c_str()).c_str(),
-                       escapeXml(city.c_str()).c_str(), escapeXml(unit.c_str()).c_str(),
-                       escapeXml(state.c_str()).c_str())) {
+    if (name == nullptr || !formatRequest(request, sizeof request, "generateNewCert", kGenerateNewCert, name,
+                                          escapeXml(org.c_str()).c_str(), escapeXml(altname.c_str()).c_str(),
+                                          escapeXml(country.c_str()).c_str(), escapeXml(common.c_str()).c_str(),
+                                          escapeXml(city.c_str()).c_str(), escapeXml(unit.c_str()).c_str(),
+                                          escapeXml(state.c_str()).c_str())) {
         return -1;
     }
     // A certificate already stored under the friendly name goes first; when
@@ -291,8 +289,7 @@ int CertMgr::createCertRequest(const std::string& org, const std::string& unit, 
     if (!exchange(request, kSlowTimeLimitSeconds, response)) {
         return -1;
     }
-    return response.getStatusCode() == 1 ? 0
-                                         : reportFailure(response, "D [CVL] Create Certificate Request error %d\n");
+    return response.getStatusCode() == 1 ? 0 : reportFailure(response, "D [CVL] Create Certificate Request error %d\n");
 }
 
 std::string CertMgr::escapeXml(const char* text)

@@ -71,12 +71,14 @@ namespace {
 
 // The first packet of every request: length 16, the drop flags, then seven
 // bytes each followed by its complement and one closing byte.
+// clang-format off
 const uint8_t kOpeningPacket[19] = {npa::kStartByte, 0x00, 0x10, npa::kFlagDropAndEnd, 0x3C, 0xC3, 0x3C, 0xC3, 0x21,
                                     0xDE, 0x3C, 0xC3, 0x22, 0xDD, 0x01, 0xFE, 0x24, 0xDB, 0x5D};
 // What follows the command bytes in a request and opens an answer.
 const uint8_t kCallMarker[2] = {0x00, 0x01};
 const uint8_t kAnswerEnvelope[7] = {npa::kCertManagerCommand[0], npa::kCertManagerCommand[1],
                                     npa::kCertManagerCommand[2], kCallMarker[0], kCallMarker[1], 0x00, 0xE0};
+// clang-format on
 constexpr uint8_t kLeftOut = 0xE0;
 
 }  // namespace

@@ -28,10 +28,7 @@ int numberIn(const char* text, int count)
 }
 
 // "_5" for days up to 9, "31" otherwise.
-void formatDay(int day, char (&out)[16])
-{
-    std::snprintf(out, sizeof out, day > 9 ? "%d" : "_%d", day);
-}
+void formatDay(int day, char (&out)[16]) { std::snprintf(out, sizeof out, day > 9 ? "%d" : "_%d", day); }
 
 struct CertDate {
     int year = 0, month = 0, day = 0;

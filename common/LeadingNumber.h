@@ -16,7 +16,4 @@ struct LeadingNumber {
 // No digits reads 0, and so does a sign that does not touch them.
 LeadingNumber readLeadingNumber(const char* text, size_t maxChars);
 
-inline LeadingNumber readLeadingNumber(const std::string& text)
-{
-    return readLeadingNumber(text.c_str(), text.size());
-}
+inline LeadingNumber readLeadingNumber(const std::string& text) { return readLeadingNumber(text.c_str(), text.size()); }

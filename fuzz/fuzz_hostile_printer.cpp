@@ -73,8 +73,7 @@ void countCall()
     if (++script.calls > script.callLimit)
         fail(std::string(runMode) + ": more than " + std::to_string(script.callLimit) + " connector calls");
     if (fakeClock.microseconds > script.timeLimitMicroseconds)
-        fail(std::string(runMode) + ": the run went on for " + std::to_string(fakeClock.microseconds / 1000000) +
-             " s");
+        fail(std::string(runMode) + ": the run went on for " + std::to_string(fakeClock.microseconds / 1000000) + " s");
     // A printer gone ends the run: at most the exchange under way finishes
     // its fixed wait, nothing is tried again.
     if (script.gone && (script.calls - script.callsWhenGone > kCallsAfterGone ||
@@ -130,15 +129,12 @@ public:
         if (script.pieceLeft > 0 || script.gone) return IoStatus::DataReady;
         if (!script.atEnd()) {
             switch (eventOf(script.peek())) {
-            case Event::Pause:
-                script.next();
-                break;
+            case Event::Pause: script.next(); break;
             case Event::AnswerEnds:
                 script.next();
                 script.silentUntilOpen = true;
                 break;
-            default:
-                return IoStatus::DataReady;  // the read decides what it finds
+            default: return IoStatus::DataReady;  // the read decides what it finds
             }
         }
         fakeClock.waited(1000000);
@@ -155,24 +151,16 @@ public:
         switch (eventOf(control)) {
         case Event::Answer: {
             const size_t available = script.size - script.position;
-            script.pieceLeft = static_cast<size_t>(control) + 1 < available ? static_cast<size_t>(control) + 1
-                                                                             : available;
+            script.pieceLeft =
+                static_cast<size_t>(control) + 1 < available ? static_cast<size_t>(control) + 1 : available;
             return readPiece(buffer, length);
         }
         case Event::NothingThere:
-        case Event::Pause:
-            return nothingThere();
-        case Event::AnswerEnds:
-            script.silentUntilOpen = true;
-            return nothingThere();
-        case Event::EndOfFile:
-            record(IoStatus::Ok);
-            return 0;
-        case Event::Gone:
-            goneNow();
-            return failWith(IoStatus::Gone, EIO);
-        case Event::Interrupted:
-            return failWith(IoStatus::Interrupted, EINTR);
+        case Event::Pause: return nothingThere();
+        case Event::AnswerEnds: script.silentUntilOpen = true; return nothingThere();
+        case Event::EndOfFile: record(IoStatus::Ok); return 0;
+        case Event::Gone: goneNow(); return failWith(IoStatus::Gone, EIO);
+        case Event::Interrupted: return failWith(IoStatus::Interrupted, EINTR);
         }
         return -1;
     }
@@ -209,18 +197,17 @@ struct Run {
 std::string tempDir;
 std::vector<Run> runs;
 
-const char kCaPem[] =
-    "-----BEGIN CERTIFICATE-----\n"
-    "MIIBlzCCAT2gAwIBAgIUOJIbZ5ustSJcH1q8N6kQte0jCx0wCgYIKoZIzj0EAwIw\n"
-    "ITENMAsGA1UECgwEQWNtZTEQMA4GA1UEAwwHRnV6eiBDQTAeFw0yNjExMjMxNjEz\n"
-    "MzRaFw0zNjExMjAxNjEzMzRaMCExDTALBgNVBAoMBEFjbWUxEDAOBgNVBAMMB0Z1\n"
-    "enogQ0EwWTATBgcqhkjOPQIBBggqhkjOPQMBBwNCAATU/uF8z5Moy+sqdnoOSBy/\n"
-    "Lek8LFTku2539KU6BhPFeNg8cworiF7nOCDTtW649zyqRMFzFASP2sn9kks1abZH\n"
-    "o1MwUTAdBgNVHQ4EFgQU9yK3zEVBDIjIdDtJa18cIKWmLbcwHwYDVR0jBBgwFoAU\n"
-    "9yK3zEVBDIjIdDtJa18cIKWmLbcwDwYDVR0TAQH/BAUwAwEB/zAKBggqhkjOPQQD\n"
-    "AgNIADBFAiEAiy/DH83oC/wuI3eXwp2pPRrqueYWBve34e4hEN498n4CIDoF0Zel\n"
-    "E5q2QJeT/GQ+ussYxBQSwfcrBhHl274gOKN9\n"
-    "-----END CERTIFICATE-----\n";
+const char kCaPem[] = "-----BEGIN CERTIFICATE-----\n"
+                      "MIIBlzCCAT2gAwIBAgIUOJIbZ5ustSJcH1q8N6kQte0jCx0wCgYIKoZIzj0EAwIw\n"
+                      "ITENMAsGA1UECgwEQWNtZTEQMA4GA1UEAwwHRnV6eiBDQTAeFw0yNjExMjMxNjEz\n"
+                      "MzRaFw0zNjExMjAxNjEzMzRaMCExDTALBgNVBAoMBEFjbWUxEDAOBgNVBAMMB0Z1\n"
+                      "enogQ0EwWTATBgcqhkjOPQIBBggqhkjOPQMBBwNCAATU/uF8z5Moy+sqdnoOSBy/\n"
+                      "Lek8LFTku2539KU6BhPFeNg8cworiF7nOCDTtW649zyqRMFzFASP2sn9kks1abZH\n"
+                      "o1MwUTAdBgNVHQ4EFgQU9yK3zEVBDIjIdDtJa18cIKWmLbcwHwYDVR0jBBgwFoAU\n"
+                      "9yK3zEVBDIjIdDtJa18cIKWmLbcwDwYDVR0TAQH/BAUwAwEB/zAKBggqhkjOPQQD\n"
+                      "AgNIADBFAiEAiy/DH83oC/wuI3eXwp2pPRrqueYWBve34e4hEN498n4CIDoF0Zel\n"
+                      "E5q2QJeT/GQ+ussYxBQSwfcrBhHl274gOKN9\n"
+                      "-----END CERTIFICATE-----\n";
 
 std::string writeTempFile(const std::string& name, const std::string& content)
 {

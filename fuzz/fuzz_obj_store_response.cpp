@@ -42,7 +42,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     }
     for (const std::string& item : cas) {
         if (item.empty()) {
-            std::abort(); // the walk ends at the first empty item
+            std::abort();  // the walk ends at the first empty item
         }
     }
     // A shut gate leaves every output as it was.

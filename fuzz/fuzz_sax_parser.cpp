@@ -64,7 +64,7 @@ private:
     size_t m_Bytes = 0;
 };
 
-} // namespace
+}  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
 {

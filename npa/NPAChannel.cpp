@@ -18,10 +18,7 @@ constexpr int32_t kSettingsAnswerSize = 1000;
 
 // A transport that reports more bytes than asked for, or a negative count, must
 // not make us read outside the buffer.
-int32_t boundedCount(int32_t got, int32_t asked)
-{
-    return std::clamp(got, 0, asked);
-}
+int32_t boundedCount(int32_t got, int32_t asked) { return std::clamp(got, 0, asked); }
 
 // What one round of reading gave.
 enum class PacketRead { NothingKept, MoreFollows, AnswerEnds };
@@ -59,13 +56,11 @@ PacketRead readPacket(CommTransport& transport, std::vector<uint8_t>& answer)
 
 NPAChannel::NPAChannel(const std::string& path)
     : devicePath(path), transport(*HCUSBTransport::getInstance()), holdsSingletonReference(true)
-{
-}
+{}
 
 NPAChannel::NPAChannel(const std::string& path, CommTransport& callerTransport)
     : devicePath(path), transport(callerTransport), holdsSingletonReference(false)
-{
-}
+{}
 
 NPAChannel::~NPAChannel()
 {
@@ -108,10 +103,7 @@ int32_t NPAChannel::exchangeNPA(const uint8_t* request, int32_t length, std::vec
     return static_cast<int32_t>(answer.size());
 }
 
-bool NPAChannel::deviceGone() const
-{
-    return transport.deviceGone();
-}
+bool NPAChannel::deviceGone() const { return transport.deviceGone(); }
 
 int NPAChannel::sendSettings(const uint8_t* request, int32_t length)
 {
@@ -131,8 +123,7 @@ int NPAChannel::sendSettings(const uint8_t* request, int32_t length)
     return answer[static_cast<size_t>(got - 1)] == 0x01 ? 0 : 1;
 }
 
-int32_t NPAChannel::readOnce(const uint8_t* request, int32_t length, std::vector<uint8_t>& buffer,
-                             unsigned waitSeconds)
+int32_t NPAChannel::readOnce(const uint8_t* request, int32_t length, std::vector<uint8_t>& buffer, unsigned waitSeconds)
 {
     std::fill(buffer.begin(), buffer.end(), 0);
     // A failed open shows as an empty answer; a printer gone gets no more waits.

@@ -25,8 +25,7 @@ public:
     // `timeLimitSeconds` after a 2-second wait. `answer` receives the content of
     // every kept packet after its flags byte. Returns the number of bytes
     // collected (0 when none, also when the device cannot be opened).
-    int32_t exchangeNPA(const uint8_t* request, int32_t length, std::vector<uint8_t>& answer,
-                        int timeLimitSeconds);
+    int32_t exchangeNPA(const uint8_t* request, int32_t length, std::vector<uint8_t>& answer, int timeLimitSeconds);
 
     // One settings request: -1 refused or no answer, 0 accepted (answer ends
     // with 0x01), 1 answered otherwise.
@@ -60,15 +59,14 @@ private:
     enum class PollOutcome { Refused, Success, OutOfAttempts };
 
     // Runs the attempts of `rule`; `answer` and `got` hold the last answer read.
-    PollOutcome poll(const uint8_t* request, int32_t length, const PollRule& rule,
-                     std::vector<uint8_t>& answer, int32_t& got);
+    PollOutcome poll(const uint8_t* request, int32_t length, const PollRule& rule, std::vector<uint8_t>& answer,
+                     int32_t& got);
     // Polls that report only whether the awaited state came: 0 it came, 1 it did not.
     int pollUntilSeen(const uint8_t* request, int32_t length, const PollRule& rule);
 
     // One attempt of a polled exchange: open, write, wait, one read, close.
     // Returns the byte count read into `buffer` (0 to buffer.size()).
-    int32_t readOnce(const uint8_t* request, int32_t length, std::vector<uint8_t>& buffer,
-                     unsigned waitSeconds);
+    int32_t readOnce(const uint8_t* request, int32_t length, std::vector<uint8_t>& buffer, unsigned waitSeconds);
 
     std::string devicePath;
     CommTransport& transport;

@@ -8,10 +8,7 @@
 
 namespace {
 
-uint8_t lastByte(const std::vector<uint8_t>& answer, int32_t got)
-{
-    return answer[static_cast<size_t>(got - 1)];
-}
+uint8_t lastByte(const std::vector<uint8_t>& answer, int32_t got) { return answer[static_cast<size_t>(got - 1)]; }
 
 bool endsWith(const std::vector<uint8_t>& answer, int32_t got, uint8_t value)
 {
@@ -68,18 +65,15 @@ int NPAChannel::pollUntilSeen(const uint8_t* request, int32_t length, const Poll
 
 int NPAChannel::pollConnection(const uint8_t* request, int32_t length)
 {
-    static const PollRule rule{255, 2, 4, 0, true, [](const std::vector<uint8_t>& a, int32_t got, int32_t) {
-                                   return endsWith(a, got, 0x00);
-                               }};
+    static const PollRule rule{
+        255, 2, 4, 0, true, [](const std::vector<uint8_t>& a, int32_t got, int32_t) {
+                                   return endsWith(a, got, 0x00); }};
     std::vector<uint8_t> answer;
     int32_t got = 0;
     switch (poll(request, length, rule, answer, got)) {
-    case PollOutcome::Refused:
-        return -1;
-    case PollOutcome::Success:
-        return 0;
-    case PollOutcome::OutOfAttempts:
-        break;
+    case PollOutcome::Refused: return -1;
+    case PollOutcome::Success: return 0;
+    case PollOutcome::OutOfAttempts: break;
     }
     // The last answer's final byte tells the state the printer is in. When the
     // last attempt read nothing there is no state to tell: 1 means "not
@@ -89,17 +83,19 @@ int NPAChannel::pollConnection(const uint8_t* request, int32_t length)
 
 int NPAChannel::pollDeviceState(const uint8_t* request, int32_t length)
 {
-    static const PollRule rule{255, 0, 6, 10, false, [](const std::vector<uint8_t>& a, int32_t got, int32_t) {
-                                   return endsWith(a, got, 0x2D);
-                               }};
+    static const PollRule rule{
+        255, 0,     6,
+        10,  false, [](const std::vector<uint8_t>& a, int32_t got, int32_t) {
+                                   return endsWith(a, got, 0x2D); }};
     return pollUntilSeen(request, length, rule);
 }
 
 int NPAChannel::pollReset(const uint8_t* request, int32_t length)
 {
-    static const PollRule rule{255, 5, 2, 50, false, [](const std::vector<uint8_t>& a, int32_t got, int32_t) {
-                                   return endsWith(a, got, 0x01);
-                               }};
+    static const PollRule rule{
+        255, 5,     2,
+        50,  false, [](const std::vector<uint8_t>& a, int32_t got, int32_t) {
+                                   return endsWith(a, got, 0x01); }};
     return pollUntilSeen(request, length, rule);
 }
 
@@ -109,15 +105,13 @@ int NPAChannel::pollAddress(const uint8_t* request, int32_t length)
     std::vector<uint8_t> answer;
     int32_t got = 0;
     switch (poll(request, length, rule, answer, got)) {
-    case PollOutcome::Refused:
-        return -1;
+    case PollOutcome::Refused: return -1;
     case PollOutcome::Success: {
         const uint8_t* address = answer.data() + (got - 4);
         std::printf("%d.%d.%d.%d\n", address[0], address[1], address[2], address[3]);
         return 0;
     }
-    case PollOutcome::OutOfAttempts:
-        break;
+    case PollOutcome::OutOfAttempts: break;
     }
     return 1;
 }
@@ -128,8 +122,7 @@ int NPAChannel::pollText(const uint8_t* request, int32_t length)
     std::vector<uint8_t> answer;
     int32_t got = 0;
     switch (poll(request, length, rule, answer, got)) {
-    case PollOutcome::Refused:
-        return -1;
+    case PollOutcome::Refused: return -1;
     case PollOutcome::Success: {
         // The text ends at its zero byte or at the end of what was read.
         const auto* text = reinterpret_cast<const char*>(answer.data()) + (length + 2);
@@ -141,8 +134,7 @@ int NPAChannel::pollText(const uint8_t* request, int32_t length)
         std::printf("%.*s\n", static_cast<int>(textLength), text);
         return 0;
     }
-    case PollOutcome::OutOfAttempts:
-        break;
+    case PollOutcome::OutOfAttempts: break;
     }
     return 1;
 }

@@ -61,10 +61,7 @@ std::vector<uint8_t> settingsRequest(const std::vector<uint8_t>& items)
     return frameRequest(kSettingsCommand, items);
 }
 
-std::vector<uint8_t> readRequest(Key key)
-{
-    return frameRequest(kReadCommand, {key.group, key.field});
-}
+std::vector<uint8_t> readRequest(Key key) { return frameRequest(kReadCommand, {key.group, key.field}); }
 
 std::vector<uint8_t> wrapPassThrough(const std::vector<uint8_t>& request)
 {
@@ -83,8 +80,8 @@ bool isRefused(const uint8_t* answer, size_t count)
 ValueSpan findReadValue(const std::vector<uint8_t>& answer, Key key)
 {
     constexpr size_t kHeaderSize = 11;
-    const uint8_t repeated[6] = {kFlagsRequest, kReadCommand[0], kReadCommand[1], kReadCommand[2], key.group,
-                                 key.field};
+    const uint8_t repeated[6] = {kFlagsRequest,   kReadCommand[0], kReadCommand[1],
+                                 kReadCommand[2], key.group,       key.field};
     ValueSpan span;
     for (size_t at = 0; at + kHeaderSize <= answer.size(); ++at) {
         const auto repeatedAt = answer.begin() + static_cast<std::ptrdiff_t>(at + kFlagsOffset);

@@ -34,7 +34,7 @@ struct Key {
 constexpr Key kMode{0x28, 0x02};
 constexpr Key kChannel{0x28, 0x05};
 constexpr Key kSSID{0x28, 0x08};
-constexpr Key kWEPKey1{0x28, 0x09};  // keys 2 to 4 follow in the odd fields 0B, 0D, 0F; also the WEP password
+constexpr Key kWEPKey1{0x28, 0x09};     // keys 2 to 4 follow in the odd fields 0B, 0D, 0F; also the WEP password
 constexpr Key kPassphrase{0x28, 0x11};  // the pre-shared key or the password of WPA
 constexpr Key kConnectionState{0x28, 0x15};
 constexpr Key kWEPTransmitKey{0x28, 0x1F};
@@ -60,7 +60,7 @@ std::vector<uint8_t> frameRequest(const Command& command, const std::vector<uint
 // Items: group, field, 00, the 2-byte value length, the value. Each appends
 // one item to `items` and returns the count of bytes appended.
 size_t appendNumericItem(std::vector<uint8_t>& items, Key key, uint32_t value);  // 4 bytes
-size_t appendFlagItem(std::vector<uint8_t>& items, Key key, uint8_t flag);        // 1 byte
+size_t appendFlagItem(std::vector<uint8_t>& items, Key key, uint8_t flag);       // 1 byte
 // The text, cut to `maxValueLength` bytes (and to the 16-bit length field);
 // `withZero` ends the value with a zero byte inside that limit.
 size_t appendTextItem(std::vector<uint8_t>& items, Key key, const std::string& text, size_t maxValueLength,

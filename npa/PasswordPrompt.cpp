@@ -21,17 +21,20 @@ constexpr std::size_t kSignalCount = sizeof kPromptSignals / sizeof kPromptSigna
 // Set by the handler: the number of each prompt signal caught, else 0.
 volatile std::sig_atomic_t caughtSignals[kSignalCount];
 
-void recordSignal(int signalNumber) {
+void recordSignal(int signalNumber)
+{
     for (std::size_t i = 0; i < kSignalCount; ++i) {
         if (kPromptSignals[i] == signalNumber) caughtSignals[i] = signalNumber;
     }
 }
 
-bool isStopSignal(int signalNumber) {
+bool isStopSignal(int signalNumber)
+{
     return signalNumber == SIGTSTP || signalNumber == SIGTTIN || signalNumber == SIGTTOU;
 }
 
-void writeAndFlush(std::FILE* output, const char* text) {
+void writeAndFlush(std::FILE* output, const char* text)
+{
     if (output == nullptr) return;
     std::fputs(text, output);
     std::fflush(output);
@@ -44,7 +47,8 @@ void writeAndFlush(std::FILE* output, const char* text) {
 // terminal is sane again.
 class QuietInputSession {
 public:
-    explicit QuietInputSession(int inputFd) : inputFd_(inputFd) {
+    explicit QuietInputSession(int inputFd) : inputFd_(inputFd)
+    {
         sigset_t promptSignals;
         sigemptyset(&promptSignals);
         for (int signalNumber : kPromptSignals) sigaddset(&promptSignals, signalNumber);
@@ -59,8 +63,8 @@ public:
             caughtSignals[i] = 0;
             sigaction(kPromptSignals[i], nullptr, &callerActions_[i]);
             // A signal the caller ignores stays ignored: it would not have ended the prompt.
-            const bool ignored = (callerActions_[i].sa_flags & SA_SIGINFO) == 0 &&
-                                 callerActions_[i].sa_handler == SIG_IGN;
+            const bool ignored =
+                (callerActions_[i].sa_flags & SA_SIGINFO) == 0 && callerActions_[i].sa_handler == SIG_IGN;
             installed_[i] = !ignored && sigaction(kPromptSignals[i], &catching, nullptr) == 0;
         }
 
@@ -73,7 +77,8 @@ public:
         }
     }
 
-    ~QuietInputSession() {
+    ~QuietInputSession()
+    {
         if (isTerminal_) tcsetattr(inputFd_, TCSAFLUSH, &callerTerminal_);
         for (std::size_t i = 0; i < kSignalCount; ++i) {
             if (installed_[i]) sigaction(kPromptSignals[i], &callerActions_[i], nullptr);
@@ -84,7 +89,8 @@ public:
     QuietInputSession(const QuietInputSession&) = delete;
     QuietInputSession& operator=(const QuietInputSession&) = delete;
 
-    static bool signalCaught() {
+    static bool signalCaught()
+    {
         for (std::size_t i = 0; i < kSignalCount; ++i) {
             if (caughtSignals[i] != 0) return true;
         }
@@ -95,14 +101,16 @@ public:
     // error). The prompt signals are let in only inside this wait, so one that
     // arrives just before it ends the wait instead of being noticed only after
     // the next key.
-    int waitForInput() const {
+    int waitForInput() const
+    {
         pollfd input{inputFd_, POLLIN, 0};
         return ppoll(&input, 1, nullptr, &callerMask_);
     }
 
     // Reads one byte with the prompt signals let in: a terminal read from the
     // background must be able to stop the process rather than fail.
-    ssize_t readByte(char& byte) const {
+    ssize_t readByte(char& byte) const
+    {
         sigprocmask(SIG_SETMASK, &callerMask_, nullptr);
         const ssize_t count = read(inputFd_, &byte, 1);
         const int readError = errno;
@@ -116,7 +124,7 @@ private:
     sigset_t callerMask_{};
     sigset_t heldMask_{};
     struct sigaction callerActions_[kSignalCount] {};
-    bool installed_[kSignalCount] {};
+    bool installed_[kSignalCount]{};
     bool isTerminal_ = false;
     termios callerTerminal_{};
 };
@@ -125,7 +133,8 @@ enum class LineEnd { Finished, Interrupted };
 
 // Appends characters to `password` until a newline, the end of input or a
 // read error (Finished), or until a prompt signal was caught (Interrupted).
-LineEnd readHiddenLine(const QuietInputSession& session, int inputFd, std::string& password) {
+LineEnd readHiddenLine(const QuietInputSession& session, int inputFd, std::string& password)
+{
     // poll() skips a negative descriptor and would wait for ever.
     if (inputFd < 0) return LineEnd::Finished;
     for (;;) {
@@ -145,7 +154,8 @@ LineEnd readHiddenLine(const QuietInputSession& session, int inputFd, std::strin
 // Sends each caught signal again now that the caller's handling is back, so
 // it does what it would have done without the prompt. Returns whether one of
 // them was a stop (the process has been continued when raise returns).
-bool resendCaughtSignals() {
+bool resendCaughtSignals()
+{
     bool stopped = false;
     for (std::size_t i = 0; i < kSignalCount; ++i) {
         const int signalNumber = caughtSignals[i];
@@ -159,11 +169,10 @@ bool resendCaughtSignals() {
 
 }  // namespace
 
-std::string promptForPassword() {
-    return promptForPassword(STDIN_FILENO, stdout);
-}
+std::string promptForPassword() { return promptForPassword(STDIN_FILENO, stdout); }
 
-std::string promptForPassword(int inputFd, std::FILE* output) {
+std::string promptForPassword(int inputFd, std::FILE* output)
+{
     std::string password;
     bool promptShown = false;
     for (;;) {

@@ -16,10 +16,7 @@ constexpr size_t k8021xUserMaxValue = 32;       // 31 characters and the zero by
 constexpr size_t k8021xPasswordMaxValue = 256;  // 255 characters and the zero byte
 constexpr size_t kNoLimit = 0xFFFF;             // only the 16-bit length field limits
 
-int length(const std::string& text)
-{
-    return static_cast<int>(text.size());
-}
+int length(const std::string& text) { return static_cast<int>(text.size()); }
 
 uint32_t channelNumber(const std::string& channel)
 {
@@ -203,8 +200,7 @@ void WirelessConfigurator::addEncryption()
 
 void WirelessConfigurator::add8021xUser()
 {
-    std::fprintf(stderr, "D [CVL] 802.1x User = %s (%d bytes)\n", config.user8021x.c_str(),
-                 length(config.user8021x));
+    std::fprintf(stderr, "D [CVL] 802.1x User = %s (%d bytes)\n", config.user8021x.c_str(), length(config.user8021x));
     if (!config.user8021x.empty()) {
         npa::appendTextItem(items, npa::k8021xUser, config.user8021x, k8021xUserMaxValue, true);
     }
@@ -212,8 +208,7 @@ void WirelessConfigurator::add8021xUser()
 
 void WirelessConfigurator::add8021xPassword()
 {
-    std::fprintf(stderr, "D [CVL] 802.1x password = %s (%d bytes)\n", config.pwd8021x.c_str(),
-                 length(config.pwd8021x));
+    std::fprintf(stderr, "D [CVL] 802.1x password = %s (%d bytes)\n", config.pwd8021x.c_str(), length(config.pwd8021x));
     if (!config.pwd8021x.empty()) {
         npa::appendTextItem(items, npa::k8021xPassword, config.pwd8021x, k8021xPasswordMaxValue, true);
     }

@@ -36,8 +36,8 @@ const char* authStatusText(int status)
 int32_t WirelessConfigurator::exchangeRead(const char* traceLabel, npa::Key key, std::vector<uint8_t>& answer)
 {
     const std::vector<uint8_t> request = prepare(npa::readRequest(key));
-    const int32_t count = npaChannel->exchangeNPA(request.data(), static_cast<int32_t>(request.size()), answer,
-                                                  kQueryTimeLimitSeconds);
+    const int32_t count =
+        npaChannel->exchangeNPA(request.data(), static_cast<int32_t>(request.size()), answer, kQueryTimeLimitSeconds);
     std::fprintf(stderr, "D [CVL] %s (%d bytes)\n", traceLabel, count);
     hexDump(answer.data(), count);
     return count;

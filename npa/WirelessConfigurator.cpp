@@ -8,25 +8,17 @@
 
 WirelessConfigurator::WirelessConfigurator(ConfigDetails& details)
     : WirelessConfigurator(details, std::make_unique<NPAChannel>(details.usbPath))
-{
-}
+{}
 
 WirelessConfigurator::WirelessConfigurator(ConfigDetails& details, std::unique_ptr<NPAChannel> channel)
     : config(details), npaChannel(std::move(channel)), passwordSource([] { return promptForPassword(); })
-{
-}
+{}
 
 WirelessConfigurator::~WirelessConfigurator() = default;
 
-void WirelessConfigurator::setPassThrough(bool enabled)
-{
-    passThrough = enabled;
-}
+void WirelessConfigurator::setPassThrough(bool enabled) { passThrough = enabled; }
 
-void WirelessConfigurator::setPasswordSource(PasswordSource source)
-{
-    passwordSource = std::move(source);
-}
+void WirelessConfigurator::setPasswordSource(PasswordSource source) { passwordSource = std::move(source); }
 
 std::vector<uint8_t> WirelessConfigurator::prepare(const std::vector<uint8_t>& request) const
 {

@@ -23,10 +23,10 @@ struct AuthFacts {
     bool validateCertificate = false;  // 2A/24
     bool caInstalled = false;
     ClientCert clientCert = ClientCert::None;
-    bool eapTls = false;               // 2A/18
-    bool passwordEap = false;          // 2A/14..17 or 2A/19
-    bool hasUser = false;              // 2A/02
-    bool hasPassword = false;          // 2A/03
+    bool eapTls = false;       // 2A/18
+    bool passwordEap = false;  // 2A/14..17 or 2A/19
+    bool hasUser = false;      // 2A/02
+    bool hasPassword = false;  // 2A/03
     bool joined = false;
 };
 

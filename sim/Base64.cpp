@@ -26,8 +26,10 @@ bool base64Decode(const std::string& text, std::string& bytes)
     for (size_t i = 0; i < compact.size(); ++i) {
         char c = compact[i];
         bool inAlphabet = std::isalnum(static_cast<unsigned char>(c)) || c == '+' || c == '/';
-        if (c == '=' && i + 2 >= compact.size()) ++padding;
-        else if (!inAlphabet || padding > 0) return false;
+        if (c == '=' && i + 2 >= compact.size())
+            ++padding;
+        else if (!inAlphabet || padding > 0)
+            return false;
     }
     std::string out(compact.size() / 4 * 3, '\0');
     int size = EVP_DecodeBlock(reinterpret_cast<unsigned char*>(out.data()),

@@ -128,22 +128,25 @@ CertAnswer CertManager::answer(const CertMgrCall& call)
     } else if (method == "generateNewCert") {
         Subject subject;
         const std::pair<const char*, std::string*> fields[] = {
-            {"x509_O", &subject.O},   {"x509_OU", &subject.OU}, {"x509_C", &subject.C}, {"x509_ST", &subject.ST},
-            {"x509_L", &subject.L},   {"x509_CN", &subject.CN}, {"x509_AN", &subject.AN}};
+            {"x509_O", &subject.O}, {"x509_OU", &subject.OU}, {"x509_C", &subject.C},  {"x509_ST", &subject.ST},
+            {"x509_L", &subject.L}, {"x509_CN", &subject.CN}, {"x509_AN", &subject.AN}};
         for (const auto& [name, field] : fields) {
             if (const std::string* value = call.param(name)) *field = *value;
         }
         bool noSubject = subject.O.empty() && subject.OU.empty() && subject.C.empty() && subject.ST.empty() &&
                          subject.L.empty() && subject.CN.empty();
-        if (!friendlyName || friendlyName->empty()) result = missing("cert_friendly_name");
+        if (!friendlyName || friendlyName->empty())
+            result = missing("cert_friendly_name");
         else {
             if (noSubject) subject.CN = *friendlyName;  // a request needs some subject
             result = store.generate(*friendlyName, subject);
         }
     } else if (method == "exportPubKey") {
         const PendingKey* key = friendlyName ? store.pendingKey(*friendlyName) : nullptr;
-        if (!friendlyName) result = missing("cert_friendly_name");
-        else if (!key) result = noPendingKey(*friendlyName);
+        if (!friendlyName)
+            result = missing("cert_friendly_name");
+        else if (!key)
+            result = noPendingKey(*friendlyName);
         else {
             answer.add("cert_friendly_name", "StringElem", key->friendlyName);
             answer.add("cert_dot_csr_file", "BinaryElem", base64Encode(key->requestPem));
@@ -151,8 +154,10 @@ CertAnswer CertManager::answer(const CertMgrCall& call)
     } else if (method == "uploadSignedCertFile") {
         std::string file;
         result = uploadedFile(call, "cert_syst_dot_pem_size", "cert_syst_dot_pem_file", file);
-        if (!friendlyName) result = missing("cert_friendly_name");
-        else if (result.code == kCertOk) result = store.installSigned(*friendlyName, file);
+        if (!friendlyName)
+            result = missing("cert_friendly_name");
+        else if (result.code == kCertOk)
+            result = store.installSigned(*friendlyName, file);
     } else if (method == "deleteIndividualCert") {
         result = friendlyName ? store.removeSigned(*friendlyName) : missing("cert_friendly_name");
     } else if (method == "queryCertList") {
@@ -163,15 +168,19 @@ CertAnswer CertManager::answer(const CertMgrCall& call)
         std::string file;
         result = uploadedFile(call, "ca_dot_pem_size", "ca_dot_pem_file", file);
         const std::string* fileName = call.param("ca_file_name");
-        if (!fileName) result = missing("ca_file_name");
-        else if (result.code == kCertOk) result = store.installCA(*fileName, file);
+        if (!fileName)
+            result = missing("ca_file_name");
+        else if (result.code == kCertOk)
+            result = store.installCA(*fileName, file);
         if (result.code == kCertOk) answer.add("ca_common_name", "StringElem", store.cas.back().name);
     } else if (method == "deleteIndividualCA") {
         result = caName ? store.removeCA(*caName) : missing("ca_common_name");
     } else if (method == "queryCAInfo") {
         const CaCert* ca = caName ? store.ca(*caName) : nullptr;
-        if (!caName) result = missing("ca_common_name");
-        else if (!ca) result = {kCertNotFound, "no CA named '" + shownName(*caName) + "'"};
+        if (!caName)
+            result = missing("ca_common_name");
+        else if (!ca)
+            result = {kCertNotFound, "no CA named '" + shownName(*caName) + "'"};
         else {
             answer.add("ca_file_name", "StringElem", ca->fileName);
             answer.add("ca_dot_pem_path", "StringElem", "/var/certs/ca/" + ca->name + ".pem");

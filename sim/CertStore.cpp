@@ -50,8 +50,7 @@ CertResult CertStore::installSigned(const std::string& friendlyName, const std::
     std::string certPem;
     if (!readCertificate(pem, info, certPem)) return failure(kCertRefused, "the file is not a PEM certificate");
     auto key = findIn(pending, [&](const PendingKey& k) { return k.friendlyName == friendlyName; });
-    if (key == pending.end())
-        return noPendingKey(friendlyName);
+    if (key == pending.end()) return noPendingKey(friendlyName);
     if (!certMatchesKey(certPem, key->keyPem))
         return failure(kCertRefused, "the certificate's public key does not match the key generated for '" +
                                          shownName(friendlyName) + "'");

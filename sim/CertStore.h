@@ -13,11 +13,11 @@ namespace corvelsim {
 // The status codes the certificate manager answers with.
 enum CertStatus {
     kCertOk = 1,
-    kCertBadCall = 2,      // unknown method, missing or malformed parameter
-    kCertNotFound = 3,     // no such key, certificate or CA
-    kCertRefused = 4,      // the file is not acceptable
+    kCertBadCall = 2,   // unknown method, missing or malformed parameter
+    kCertNotFound = 3,  // no such key, certificate or CA
+    kCertRefused = 4,   // the file is not acceptable
     kCertStoreFull = 5,
-    kCertFailed = 6,       // key generation failed
+    kCertFailed = 6,  // key generation failed
 };
 
 struct CertResult {

@@ -112,8 +112,8 @@ ChildStart startChild(const ChildSetup& setup)
         std::string shell = envOrEmpty("SHELL");
         argv.push_back(shell.empty() ? "/bin/sh" : shell);
     }
-    std::vector<std::string> env = mergedEnvironment(
-        childEnvironment(setup, envOrEmpty("LD_PRELOAD"), envOrEmpty("ASAN_OPTIONS"), faketimeLib));
+    std::vector<std::string> env =
+        mergedEnvironment(childEnvironment(setup, envOrEmpty("LD_PRELOAD"), envOrEmpty("ASAN_OPTIONS"), faketimeLib));
     // Everything the child needs is ready before the fork: between fork and
     // exec it only calls async-signal-safe functions.
     std::vector<char*> args = pointers(argv);
@@ -147,8 +147,7 @@ ChildStart startChild(const ChildSetup& setup)
         start.pid = pid;
         return start;
     }
-    while (waitpid(pid, nullptr, 0) < 0 && errno == EINTR) {
-    }
+    while (waitpid(pid, nullptr, 0) < 0 && errno == EINTR) {}
     // As a shell does: 127 when there is no such file, 126 when it exists
     // but cannot be run.
     start.failStatus = execErrno == ENOENT ? 127 : 126;

@@ -25,11 +25,11 @@ std::string findFaketimeLibrary();
 
 // What became of starting the command.
 struct ChildStart {
-    pid_t pid = -1;       // the running command; -1 when it did not start
-    int failStatus = 0;   // when it did not: corvelsim's exit status, 127 for a
-                          // command not found, 126 for one that cannot be
-                          // executed, 2 when corvelsim itself failed
-    std::string error;    // and why
+    pid_t pid = -1;      // the running command; -1 when it did not start
+    int failStatus = 0;  // when it did not: corvelsim's exit status, 127 for a
+                         // command not found, 126 for one that cannot be
+                         // executed, 2 when corvelsim itself failed
+    std::string error;   // and why
 };
 
 // Starts the child and returns once it runs the command (or could not).

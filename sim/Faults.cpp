@@ -28,12 +28,9 @@ struct CountedFault {
 };
 
 const CountedFault kCountedFaults[] = {
-    {"noise", &FaultSet::noiseBytes, 4, 1, 4096},
-    {"split", &FaultSet::splitParts, 2, 2, 64},
-    {"truncate", &FaultSet::truncateBy, 4, 1, 4096},
-    {"late", &FaultSet::lateMs, -1, 1, 600000},
-    {"vanish", &FaultSet::vanishAfter, 0, 0, 100000},
-    {"cert-e0", &FaultSet::certE0Bytes, 3, 1, 64},
+    {"noise", &FaultSet::noiseBytes, 4, 1, 4096},     {"split", &FaultSet::splitParts, 2, 2, 64},
+    {"truncate", &FaultSet::truncateBy, 4, 1, 4096},  {"late", &FaultSet::lateMs, -1, 1, 600000},
+    {"vanish", &FaultSet::vanishAfter, 0, 0, 100000}, {"cert-e0", &FaultSet::certE0Bytes, 3, 1, 64},
 };
 
 const int kMaxStatusCode = 999999;
@@ -126,21 +123,30 @@ bool addFault(FaultSet& faults, const std::string& faultText, std::string& error
     std::string value = hasValue ? faultText.substr(equals + 1) : "";
     bool ok = true;
     std::string rule;  // what the value must be, for the message
-    if (name == "refuse-envelope" && !hasValue) faults.refuseEnvelope = true;
-    else if (name == "reject-settings" && !hasValue) faults.rejectSettings = true;
-    else if (name == "silent" && !hasValue) faults.silent = true;
-    else if (name == "cert-silent" && !hasValue) faults.certSilent = true;
-    else if (name == "cert-no-envelope" && !hasValue) faults.certNoEnvelope = true;
+    if (name == "refuse-envelope" && !hasValue)
+        faults.refuseEnvelope = true;
+    else if (name == "reject-settings" && !hasValue)
+        faults.rejectSettings = true;
+    else if (name == "silent" && !hasValue)
+        faults.silent = true;
+    else if (name == "cert-silent" && !hasValue)
+        faults.certSilent = true;
+    else if (name == "cert-no-envelope" && !hasValue)
+        faults.certNoEnvelope = true;
     else if (name == "cert-status") {
         CertStatusFault fault;
         ok = hasValue && parseCertStatus(value, fault);
-        if (ok) faults.certStatus.push_back(fault);
-        else rule = "METHOD:CODE[:MESSAGE] with a certificate-manager method or *, CODE from -" +
-                    std::to_string(kMaxStatusCode) + " to " + std::to_string(kMaxStatusCode);
+        if (ok)
+            faults.certStatus.push_back(fault);
+        else
+            rule = "METHOD:CODE[:MESSAGE] with a certificate-manager method or *, CODE from -" +
+                   std::to_string(kMaxStatusCode) + " to " + std::to_string(kMaxStatusCode);
     } else if (name == "bit7") {
         faults.dropPacket = DropPacket::After;
-        if (value == "instead") faults.dropPacket = DropPacket::Instead;
-        else ok = !hasValue || value == "after";
+        if (value == "instead")
+            faults.dropPacket = DropPacket::Instead;
+        else
+            ok = !hasValue || value == "after";
         rule = "after or instead";
     } else if (const CountedFault* counted = countedFault(name)) {
         if (hasValue) {

@@ -24,17 +24,17 @@ struct FaultSet {
     bool refuseEnvelope = false;  // wrapped requests get a 0xD4 refusal
     bool rejectSettings = false;  // settings answers end with 0x00
     std::vector<CertStatusFault> certStatus;
-    bool certSilent = false;      // the certificate manager does not answer
+    bool certSilent = false;  // the certificate manager does not answer
     // Faults that change the certificate manager's answer bytes.
     bool certNoEnvelope = false;  // the XML without the 7-byte envelope
     int certE0Bytes = 0;          // bytes 0xE0 inserted into the XML
     // Faults that change how the answer travels.
-    bool silent = false;          // nothing is sent
-    int noiseBytes = 0;           // bytes before the first 0xA5
-    int splitParts = 0;           // the answer's content in this many packets (0: one)
+    bool silent = false;                       // nothing is sent
+    int noiseBytes = 0;                        // bytes before the first 0xA5
+    int splitParts = 0;                        // the answer's content in this many packets (0: one)
     DropPacket dropPacket = DropPacket::None;  // a 0x80-flagged packet
-    int truncateBy = 0;           // the last packet announces this many bytes more than it has
-    int lateMs = 0;               // real milliseconds before the answer goes out
+    int truncateBy = 0;                        // the last packet announces this many bytes more than it has
+    int lateMs = 0;                            // real milliseconds before the answer goes out
     // The printer goes away: its device node hangs up when a request arrives
     // after this many were answered (-1: never).
     int vanishAfter = -1;
@@ -56,9 +56,9 @@ const char* faultHelp();
 
 // What goes out for one answer packet once the travel faults are applied.
 struct Delivery {
-    Bytes bytes;                      // everything written, in order
+    Bytes bytes;  // everything written, in order
     int delayMs = 0;
-    std::vector<std::string> applied; // names of the faults that changed something
+    std::vector<std::string> applied;  // names of the faults that changed something
 };
 
 Delivery deliver(const Bytes& answer, const FaultSet& faults);

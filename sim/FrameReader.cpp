@@ -6,10 +6,7 @@
 
 namespace corvelsim {
 
-void FrameReader::feed(const uint8_t* data, size_t count)
-{
-    m_Buffer.insert(m_Buffer.end(), data, data + count);
-}
+void FrameReader::feed(const uint8_t* data, size_t count) { m_Buffer.insert(m_Buffer.end(), data, data + count); }
 
 std::optional<Bytes> FrameReader::nextPacket()
 {

@@ -8,9 +8,9 @@ namespace corvelsim {
 
 constexpr uint8_t kStartByte = 0xA5;
 constexpr uint8_t kFlagsNormal = 0x50;
-constexpr uint8_t kFlagMore = 0x20;     // a further packet follows
-constexpr uint8_t kFlagDrop = 0x80;     // the reader drops this packet and stops
-constexpr uint8_t kFlagsRefusal = 0xD4; // the request was refused in the form sent
+constexpr uint8_t kFlagMore = 0x20;      // a further packet follows
+constexpr uint8_t kFlagDrop = 0x80;      // the reader drops this packet and stops
+constexpr uint8_t kFlagsRefusal = 0xD4;  // the request was refused in the form sent
 constexpr size_t kMaxContent = 0xFFFF - 1;
 
 // Frames `content` (everything after the flags byte). Content beyond what a

@@ -6,7 +6,6 @@
 #include <cerrno>
 #include <cstdio>
 
-
 namespace corvelsim {
 
 namespace {
@@ -134,7 +133,8 @@ void PrinterServer::handleRequest(Port& port, const Request& request, bool answe
         Decision decision;
         auto respond = [&] { decision = m_Responder.answer(request); };
         std::string error;
-        if (!m_StateFile) respond();
+        if (!m_StateFile)
+            respond();
         else if (!m_StateFile->update(m_State, respond, error))
             std::fprintf(stderr, "corvelsim: %s; the state is kept in memory only from now on\n", error.c_str());
         Delivery delivery = deliver(decision.answer, m_Faults);

@@ -48,7 +48,7 @@ private:
         std::string usbAddress;       // USB: "BBB:DDD"; "" for an lp node
         std::vector<size_t> bulkOut;  // USB: transfer sizes since the last request
         FrameReader reader;
-        Bytes opening;            // first packet of a certificate-manager request
+        Bytes opening;  // first packet of a certificate-manager request
         TimePoint lastInput{};
         std::deque<Outgoing> outbox;
     };

@@ -33,8 +33,7 @@ constexpr unsigned kSecurity8021x = 3;
 
 bool isResetItem(const Item& item)
 {
-    return fieldKey(item.group, item.field) == kReset && !item.value.empty() &&
-           item.value.back() == 0x01;
+    return fieldKey(item.group, item.field) == kReset && !item.value.empty() && item.value.back() == 0x01;
 }
 
 Bytes textValue(const std::string& text)

@@ -15,8 +15,7 @@ constexpr size_t kEnvelopeHeader = 9;  // A5 len16 50 E0 63 02 innerLen16
 
 bool hasCommand(const Bytes& packet, const uint8_t (&command)[3])
 {
-    return packet.size() >= 7 && packet[4] == command[0] && packet[5] == command[1] &&
-           packet[6] == command[2];
+    return packet.size() >= 7 && packet[4] == command[0] && packet[5] == command[1] && packet[6] == command[2];
 }
 
 Bytes commandOf(const Bytes& packet)
@@ -110,10 +109,7 @@ Request decodePacket(const Bytes& packet)
     return request;
 }
 
-bool isCertMgrOpening(const Bytes& packet)
-{
-    return packet.size() > kFlagsOffset && packet[kFlagsOffset] == kFlagDrop;
-}
+bool isCertMgrOpening(const Bytes& packet) { return packet.size() > kFlagsOffset && packet[kFlagsOffset] == kFlagDrop; }
 
 bool isCertMgrCall(const Bytes& packet) { return hasCommand(packet, kCertMgrCommand); }
 

@@ -23,16 +23,16 @@ struct Item {
 
 struct Request {
     RequestKind kind = RequestKind::Unknown;
-    bool envelope = false;    // came inside a pass-through envelope
-    Bytes raw;                // every byte of the request, as written
-    Bytes command;            // the command bytes of the (inner) packet, up to 3
-    uint8_t group = 0;        // read requests
+    bool envelope = false;  // came inside a pass-through envelope
+    Bytes raw;              // every byte of the request, as written
+    Bytes command;          // the command bytes of the (inner) packet, up to 3
+    uint8_t group = 0;      // read requests
     uint8_t field = 0;
     std::vector<Item> items;  // settings requests
     bool itemsWellFormed = true;
-    std::string xml;          // certificate-manager requests
-    CertMgrCall call;         // ... decoded
-    std::string problem;      // why a request is unknown or malformed
+    std::string xml;      // certificate-manager requests
+    CertMgrCall call;     // ... decoded
+    std::string problem;  // why a request is unknown or malformed
 };
 
 // Decodes one complete packet: a read or settings request, plain or inside a

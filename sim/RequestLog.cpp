@@ -18,8 +18,8 @@ bool printableText(const Bytes& value, std::string& text)
 std::string itemJson(const Item& item)
 {
     std::string json = "{\"group\":\"" + hexByte(item.group) + "\",\"field\":\"" + hexByte(item.field) +
-                       "\",\"length\":" + std::to_string(item.value.size()) + ",\"value\":\"" +
-                       toHex(item.value) + "\"";
+                       "\",\"length\":" + std::to_string(item.value.size()) + ",\"value\":\"" + toHex(item.value) +
+                       "\"";
     std::string text;
     if (printableText(item.value, text)) json += ",\"text\":" + jsonString(text);
     return json + "}";
@@ -73,9 +73,9 @@ std::string jsonString(const std::string& text)
 std::string formatLogEntry(int seq, const LogEntry& entry)
 {
     const Request& request = *entry.request;
-    std::string json = "{\"seq\":" + std::to_string(seq) + ",\"port\":" + routeJson(entry) +
-                       ",\"kind\":\"" + kindName(request.kind) + "\",\"envelope\":" +
-                       (request.envelope ? "true" : "false") + ",\"raw\":\"" + toHex(request.raw) + "\"";
+    std::string json = "{\"seq\":" + std::to_string(seq) + ",\"port\":" + routeJson(entry) + ",\"kind\":\"" +
+                       kindName(request.kind) + "\",\"envelope\":" + (request.envelope ? "true" : "false") +
+                       ",\"raw\":\"" + toHex(request.raw) + "\"";
     switch (request.kind) {
     case RequestKind::Read:
         json += ",\"group\":\"" + hexByte(request.group) + "\",\"field\":\"" + hexByte(request.field) + "\"";

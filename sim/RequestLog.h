@@ -23,11 +23,11 @@
 namespace corvelsim {
 
 struct LogEntry {
-    int port = 0;  // the lp number the request came in on
-    std::string usbAddress;      // "BBB:DDD" when it came over the USB bus, else ""
-    std::vector<size_t> bulkOut; // USB: the size of each bulk transfer that carried it
+    int port = 0;                 // the lp number the request came in on
+    std::string usbAddress;       // "BBB:DDD" when it came over the USB bus, else ""
+    std::vector<size_t> bulkOut;  // USB: the size of each bulk transfer that carried it
     const Request* request = nullptr;
-    Bytes answer;                      // what was written back, faults included
+    Bytes answer;  // what was written back, faults included
     std::vector<std::string> faults;
     int delayMs = 0;
     bool answered = false;

@@ -68,8 +68,10 @@ Decision Responder::answerCertMgr(const Request& request)
         decision.faults.push_back("cert-e0");
     }
     Bytes content;
-    if (m_Faults.certNoEnvelope) decision.faults.push_back("cert-no-envelope");
-    else content = kCertMgrEnvelope;
+    if (m_Faults.certNoEnvelope)
+        decision.faults.push_back("cert-no-envelope");
+    else
+        content = kCertMgrEnvelope;
     content.insert(content.end(), xml.begin(), xml.end());
     decision.answer = makePacket(kFlagsNormal, content);
     return decision;

@@ -11,10 +11,10 @@
 namespace corvelsim {
 
 struct Decision {
-    Bytes answer;              // one framed packet; empty when the printer does not answer
+    Bytes answer;                     // one framed packet; empty when the printer does not answer
     std::vector<std::string> faults;  // answer faults that decided it
     bool settingsAccepted = false;
-    int certStatus = 0;        // the status_code a certificate-manager answer carries
+    int certStatus = 0;  // the status_code a certificate-manager answer carries
 };
 
 class Responder {

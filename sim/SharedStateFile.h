@@ -56,8 +56,8 @@ private:
     std::string m_Path;
     int m_LockFd = -1;
     PrinterState m_Factory;
-    FileId m_Seen;         // the file as last read or written (size -1: none)
-    std::string m_Text;    // the state's text as last read or written
+    FileId m_Seen;       // the file as last read or written (size -1: none)
+    std::string m_Text;  // the state's text as last read or written
     bool m_Abandoned = false;
 };
 

@@ -11,8 +11,7 @@ const int kMaxPolls = 1000000;
 
 bool parseInt(const std::string& text, int low, int high, int& value)
 {
-    if (text.empty() || text.size() > 9 || text.find_first_not_of("0123456789") != std::string::npos)
-        return false;
+    if (text.empty() || text.size() > 9 || text.find_first_not_of("0123456789") != std::string::npos) return false;
     value = std::stoi(text);
     return value >= low && value <= high;
 }
@@ -45,66 +44,65 @@ bool parseUsbAddress(const std::string& text, UsbDeviceOptions& usb)
 
 std::string helpText()
 {
-    return std::string(
-               "Usage: corvelsim [options] [-- command [args...]]\n"
-               "\n"
-               "Simulates a printer attached by USB: /dev/usb/lp0 (and any other node asked\n"
-               "for) exists for the command, which runs with the simulated printer attached;\n"
-               "corvelsim ends with the command's exit status (128 + signal when a signal\n"
-               "ended it), 127 when the command is not found, 126 when it cannot be run,\n"
-               "2 when corvelsim itself cannot start. The command starts with default\n"
-               "signal actions and no signal blocked. Without a command it starts an\n"
-               "interactive shell ($SHELL or /bin/sh) in which the printer stays attached\n"
-               "until the shell exits.\n"
-               "\n"
-               "Options:\n"
-               "  --lp N            attach /dev/usb/lpN (0..16); repeatable; default 0\n"
-               "  --usb BUS:DEV     attach the printer to the USB bus as well, as device DEV\n"
-               "                    (1..127) on bus BUS (1..255), such as 001:004:\n"
-               "                    /dev/bus/usb/BUS/DEV, for libusb. Same state, log and\n"
-               "                    faults as the lp node(s)\n"
-               "  --usb-packet N    packet size of its bulk endpoints (1..1023, default 64)\n"
-               "  --usb-layout L    printer (default); second-claims: two printer interfaces,\n"
-               "                    the first refuses the claim; no-printer: a vendor-class\n"
-               "                    interface only; no-bulk-in: no bulk IN endpoint\n"
-               "  --usb-trace FILE  append one line per bulk transfer of the USB device to\n"
-               "                    FILE: out|in|discarded, endpoint, bytes, real ms since\n"
-               "                    it was submitted\n"
-               "  --state FILE      keep the printer's state in FILE: its settings, the\n"
-               "                    subject readCertDefaults answers, its keys and\n"
-               "                    certificates, so that one run's state is seen by the\n"
-               "                    next. FILE must be missing, empty or a state file\n"
-               "                    corvelsim wrote (first line \"# corvelsim state v2\"),\n"
-               "                    a regular file of at most 1 MiB; anything else is\n"
-               "                    refused (exit status 2) and left untouched. It is\n"
-               "                    written (mode 0600: it holds private keys) only when\n"
-               "                    the state changed; runs sharing it lock FILE.lock.\n"
-               "                    Without it the printer starts from factory settings and\n"
-               "                    forgets them when corvelsim ends (commands run in one\n"
-               "                    interactive shell share them)\n"
-               "  --log FILE        append one JSON line per request received to FILE:\n"
-               "                    seq, port, kind (read, settings, certmgr, unknown),\n"
-               "                    envelope, raw (hex), group/field for reads, items and\n"
-               "                    accepted for settings, method, params and status_code\n"
-               "                    for certificate-manager calls, problem, answered,\n"
-               "                    answer (hex), faults, delay_ms; route: lp, or usb with\n"
-               "                    bulk_out, the sizes of the request's bulk transfers\n"
-               "                    (\"64,36\")\n"
-               "  --speed N         run the command under faketime N times faster (1..100,\n"
-               "                    1 is real time) so that its fixed waits pass quickly;\n"
-               "                    the printer itself answers at once, in real time\n"
-               "  --kill-after MS   when corvelsim gets SIGTERM or SIGHUP it sends the command\n"
-               "                    SIGTERM, and SIGKILL if it has not ended MS real\n"
-               "                    milliseconds later (0..600000, default 5000); corvelsim\n"
-               "                    then ends with 137 (128 + SIGKILL)\n"
-               "  --join-after N    the printer joins the network on the N-th connection poll\n"
-               "                    (28/15) once SSID and the secret its security needs are\n"
-               "                    set (0..1000000, default 1; 0 joins at once)\n"
-               "  --ready-after N   06/1F reads 0x2D from the N-th poll on (0..1000000,\n"
-               "                    default 1)\n"
-               "  --ip A.B.C.D      the address reported once joined, each part 0..255\n"
-               "                    (default 192.168.1.57)\n"
-               "  --fault NAME[=V]  misbehave; repeatable. NAME is one of:\n") +
+    return std::string("Usage: corvelsim [options] [-- command [args...]]\n"
+                       "\n"
+                       "Simulates a printer attached by USB: /dev/usb/lp0 (and any other node asked\n"
+                       "for) exists for the command, which runs with the simulated printer attached;\n"
+                       "corvelsim ends with the command's exit status (128 + signal when a signal\n"
+                       "ended it), 127 when the command is not found, 126 when it cannot be run,\n"
+                       "2 when corvelsim itself cannot start. The command starts with default\n"
+                       "signal actions and no signal blocked. Without a command it starts an\n"
+                       "interactive shell ($SHELL or /bin/sh) in which the printer stays attached\n"
+                       "until the shell exits.\n"
+                       "\n"
+                       "Options:\n"
+                       "  --lp N            attach /dev/usb/lpN (0..16); repeatable; default 0\n"
+                       "  --usb BUS:DEV     attach the printer to the USB bus as well, as device DEV\n"
+                       "                    (1..127) on bus BUS (1..255), such as 001:004:\n"
+                       "                    /dev/bus/usb/BUS/DEV, for libusb. Same state, log and\n"
+                       "                    faults as the lp node(s)\n"
+                       "  --usb-packet N    packet size of its bulk endpoints (1..1023, default 64)\n"
+                       "  --usb-layout L    printer (default); second-claims: two printer interfaces,\n"
+                       "                    the first refuses the claim; no-printer: a vendor-class\n"
+                       "                    interface only; no-bulk-in: no bulk IN endpoint\n"
+                       "  --usb-trace FILE  append one line per bulk transfer of the USB device to\n"
+                       "                    FILE: out|in|discarded, endpoint, bytes, real ms since\n"
+                       "                    it was submitted\n"
+                       "  --state FILE      keep the printer's state in FILE: its settings, the\n"
+                       "                    subject readCertDefaults answers, its keys and\n"
+                       "                    certificates, so that one run's state is seen by the\n"
+                       "                    next. FILE must be missing, empty or a state file\n"
+                       "                    corvelsim wrote (first line \"# corvelsim state v2\"),\n"
+                       "                    a regular file of at most 1 MiB; anything else is\n"
+                       "                    refused (exit status 2) and left untouched. It is\n"
+                       "                    written (mode 0600: it holds private keys) only when\n"
+                       "                    the state changed; runs sharing it lock FILE.lock.\n"
+                       "                    Without it the printer starts from factory settings and\n"
+                       "                    forgets them when corvelsim ends (commands run in one\n"
+                       "                    interactive shell share them)\n"
+                       "  --log FILE        append one JSON line per request received to FILE:\n"
+                       "                    seq, port, kind (read, settings, certmgr, unknown),\n"
+                       "                    envelope, raw (hex), group/field for reads, items and\n"
+                       "                    accepted for settings, method, params and status_code\n"
+                       "                    for certificate-manager calls, problem, answered,\n"
+                       "                    answer (hex), faults, delay_ms; route: lp, or usb with\n"
+                       "                    bulk_out, the sizes of the request's bulk transfers\n"
+                       "                    (\"64,36\")\n"
+                       "  --speed N         run the command under faketime N times faster (1..100,\n"
+                       "                    1 is real time) so that its fixed waits pass quickly;\n"
+                       "                    the printer itself answers at once, in real time\n"
+                       "  --kill-after MS   when corvelsim gets SIGTERM or SIGHUP it sends the command\n"
+                       "                    SIGTERM, and SIGKILL if it has not ended MS real\n"
+                       "                    milliseconds later (0..600000, default 5000); corvelsim\n"
+                       "                    then ends with 137 (128 + SIGKILL)\n"
+                       "  --join-after N    the printer joins the network on the N-th connection poll\n"
+                       "                    (28/15) once SSID and the secret its security needs are\n"
+                       "                    set (0..1000000, default 1; 0 joins at once)\n"
+                       "  --ready-after N   06/1F reads 0x2D from the N-th poll on (0..1000000,\n"
+                       "                    default 1)\n"
+                       "  --ip A.B.C.D      the address reported once joined, each part 0..255\n"
+                       "                    (default 192.168.1.57)\n"
+                       "  --fault NAME[=V]  misbehave; repeatable. NAME is one of:\n") +
            faultHelp() +
            "  --version         print corvelsim's version and exit\n"
            "  -h, --help        show this text\n"
@@ -120,10 +118,7 @@ std::string helpText()
            "the printer holds (see the README).\n";
 }
 
-std::string versionText()
-{
-    return std::string("corvelsim ") + CORVELSIM_VERSION + "\n";
-}
+std::string versionText() { return std::string("corvelsim ") + CORVELSIM_VERSION + "\n"; }
 
 bool parseOptions(int argc, const char* const* argv, SimOptions& options, std::string& error)
 {
@@ -149,10 +144,9 @@ bool parseOptions(int argc, const char* const* argv, SimOptions& options, std::s
             value = arg.substr(equals + 1);
         } else if (i + 1 < argc) {
             value = argv[i + 1];
-            if (name == "--lp" || name == "--state" || name == "--log" || name == "--speed" ||
-                name == "--kill-after" || name == "--join-after" || name == "--ready-after" || name == "--ip" ||
-                name == "--fault" || name == "--usb" || name == "--usb-packet" || name == "--usb-layout" ||
-                name == "--usb-trace")
+            if (name == "--lp" || name == "--state" || name == "--log" || name == "--speed" || name == "--kill-after" ||
+                name == "--join-after" || name == "--ready-after" || name == "--ip" || name == "--fault" ||
+                name == "--usb" || name == "--usb-packet" || name == "--usb-layout" || name == "--usb-trace")
                 ++i;
         } else if (name.rfind("--", 0) == 0) {
             error = "option " + name + " needs a value";
@@ -221,8 +215,7 @@ bool parseOptions(int argc, const char* const* argv, SimOptions& options, std::s
     }
     if (options.lpNumbers.empty()) options.lpNumbers.push_back(0);
     std::sort(options.lpNumbers.begin(), options.lpNumbers.end());
-    options.lpNumbers.erase(std::unique(options.lpNumbers.begin(), options.lpNumbers.end()),
-                            options.lpNumbers.end());
+    options.lpNumbers.erase(std::unique(options.lpNumbers.begin(), options.lpNumbers.end()), options.lpNumbers.end());
     return true;
 }
 

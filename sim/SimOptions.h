@@ -15,14 +15,14 @@ constexpr int kDefaultKillAfterMs = 5000;
 constexpr int kMaxKillAfterMs = 600000;
 
 struct SimOptions {
-    std::vector<int> lpNumbers;     // default: {0}
-    std::string statePath;          // "" : in memory only
-    std::string logPath;            // "" : no request log
-    int speed = 0;                  // faketime factor for the child
+    std::vector<int> lpNumbers;             // default: {0}
+    std::string statePath;                  // "" : in memory only
+    std::string logPath;                    // "" : no request log
+    int speed = 0;                          // faketime factor for the child
     int killAfterMs = kDefaultKillAfterMs;  // from SIGTERM to SIGKILL for the child
     FaultSet faults;
     NetworkLife life;
-    UsbDeviceOptions usb;           // bus 0: no USB device
+    UsbDeviceOptions usb;  // bus 0: no USB device
     std::vector<std::string> command;
     bool help = false;
     bool version = false;

@@ -56,11 +56,16 @@ std::string quoted(const Bytes& value)
 {
     std::string text = "\"";
     for (uint8_t c : value) {
-        if (c == 0) text += "\\0";
-        else if (c == '\\') text += "\\\\";
-        else if (c == '"') text += "\\\"";
-        else if (isPrintable(c)) text += char(c);
-        else text += "\\x" + hexByte(c);
+        if (c == 0)
+            text += "\\0";
+        else if (c == '\\')
+            text += "\\\\";
+        else if (c == '"')
+            text += "\\\"";
+        else if (isPrintable(c))
+            text += char(c);
+        else
+            text += "\\x" + hexByte(c);
     }
     return text + "\"";
 }
@@ -77,8 +82,10 @@ bool unquote(const std::string& text, Bytes& value)
         }
         if (i + 2 >= text.size()) return false;
         char e = text[++i];
-        if (e == '0') out.push_back(0);
-        else if (e == '\\' || e == '"') out.push_back(uint8_t(e));
+        if (e == '0')
+            out.push_back(0);
+        else if (e == '\\' || e == '"')
+            out.push_back(uint8_t(e));
         else if (e == 'x' && i + 3 < text.size()) {
             Bytes byte;
             if (!fromHex(text.substr(i + 1, 2), byte)) return false;
@@ -114,8 +121,7 @@ std::string trim(const std::string& text)
 bool parseFieldKey(const std::string& text, unsigned& key)
 {
     Bytes group, field;
-    if (text.size() != 5 || text[2] != '/' || !fromHex(text.substr(0, 2), group) ||
-        !fromHex(text.substr(3, 2), field))
+    if (text.size() != 5 || text[2] != '/' || !fromHex(text.substr(0, 2), group) || !fromHex(text.substr(3, 2), field))
         return false;
     key = fieldKey(group[0], field[0]);
     return true;
@@ -132,7 +138,7 @@ bool unquoteText(const std::string& value, std::string& text)
 }
 
 const std::pair<const char*, std::string Subject::*> kSubjectFields[] = {
-    {"O", &Subject::O}, {"OU", &Subject::OU}, {"C", &Subject::C}, {"ST", &Subject::ST},
+    {"O", &Subject::O}, {"OU", &Subject::OU}, {"C", &Subject::C},  {"ST", &Subject::ST},
     {"L", &Subject::L}, {"CN", &Subject::CN}, {"AN", &Subject::AN}};
 
 bool parseSubjectField(const std::string& name, const std::string& value, Subject& subject)
@@ -245,8 +251,7 @@ std::string formatState(const PrinterState& state)
         out << "default_x509_" << name << "=" << quotedText(state.defaultSubject.*member) << "\n";
     for (const auto& [key, value] : state.items) {
         if (const char* name = fieldName(key)) out << "# " << name << "\n";
-        out << hexByte(uint8_t(key >> 8)) << "/" << hexByte(uint8_t(key)) << "=" << formatValue(value)
-            << "\n";
+        out << hexByte(uint8_t(key >> 8)) << "/" << hexByte(uint8_t(key)) << "=" << formatValue(value) << "\n";
     }
     const CertStore& certs = state.certs;
     for (size_t i = 0; i < certs.pending.size(); ++i) {

@@ -19,13 +19,13 @@ namespace {
 std::string deviceDescription(int lp)
 {
     std::string n = std::to_string(lp);
-    return "P: /devices/corvelsim/usb1/1-1/1-1:1.0/usbmisc/lp" + n + "\n" +
-           "N: usb/lp" + n + "\n" +
+    return "P: /devices/corvelsim/usb1/1-1/1-1:1.0/usbmisc/lp" + n + "\n" + "N: usb/lp" + n + "\n" +
            "E: SUBSYSTEM=usbmisc\n"
-           "E: DEVNAME=/dev/usb/lp" + n + "\n" +
+           "E: DEVNAME=/dev/usb/lp" +
+           n + "\n" +
            "E: MAJOR=180\n"
-           "E: MINOR=" + n + "\n" +
-           "A: dev=180:" + n + "\n";
+           "E: MINOR=" +
+           n + "\n" + "A: dev=180:" + n + "\n";
 }
 
 bool makeRaw(int fd)

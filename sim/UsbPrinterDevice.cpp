@@ -60,11 +60,16 @@ void appendLE16(Bytes& out, unsigned value)
 
 bool parseUsbLayout(const std::string& name, UsbLayout& layout)
 {
-    if (name == "printer") layout = UsbLayout::Printer;
-    else if (name == "second-claims") layout = UsbLayout::SecondClaims;
-    else if (name == "no-printer") layout = UsbLayout::NoPrinter;
-    else if (name == "no-bulk-in") layout = UsbLayout::NoBulkIn;
-    else return false;
+    if (name == "printer")
+        layout = UsbLayout::Printer;
+    else if (name == "second-claims")
+        layout = UsbLayout::SecondClaims;
+    else if (name == "no-printer")
+        layout = UsbLayout::NoPrinter;
+    else if (name == "no-bulk-in")
+        layout = UsbLayout::NoBulkIn;
+    else
+        return false;
     return true;
 }
 
@@ -104,8 +109,8 @@ Bytes usbDescriptors(const UsbDeviceOptions& options)
     return bytes;
 }
 
-std::unique_ptr<UsbPrinterDevice> UsbPrinterDevice::attach(::_UMockdevTestbed* testbed,
-                                                           const UsbDeviceOptions& options, std::string& error)
+std::unique_ptr<UsbPrinterDevice> UsbPrinterDevice::attach(::_UMockdevTestbed* testbed, const UsbDeviceOptions& options,
+                                                           std::string& error)
 {
     std::unique_ptr<UsbPrinterDevice> device(new UsbPrinterDevice(options));
     int fds[2];
@@ -133,15 +138,14 @@ std::unique_ptr<UsbPrinterDevice> UsbPrinterDevice::attach(::_UMockdevTestbed* t
         return nullptr;
     }
     // libusb reads the descriptors from the node itself (upper-case hex only).
-    const std::string description = "P: /devices/corvelsim/usb" + std::to_string(options.bus) + "/" +
-                                    std::to_string(options.bus) + "-1\n" + "N: bus/usb/" + bus + "/" + dev + "=" +
-                                    toHex(usbDescriptors(options)) + "\n" +
-                                    "E: SUBSYSTEM=usb\n"
-                                    "E: DEVTYPE=usb_device\n"
-                                    "E: DEVNAME=" + node + "\n" +
-                                    "E: BUSNUM=" + bus + "\n" + "E: DEVNUM=" + dev + "\n" +
-                                    "A: busnum=" + std::to_string(options.bus) + "\n" +
-                                    "A: devnum=" + std::to_string(options.device) + "\n";
+    const std::string description =
+        "P: /devices/corvelsim/usb" + std::to_string(options.bus) + "/" + std::to_string(options.bus) + "-1\n" +
+        "N: bus/usb/" + bus + "/" + dev + "=" + toHex(usbDescriptors(options)) + "\n" +
+        "E: SUBSYSTEM=usb\n"
+        "E: DEVTYPE=usb_device\n"
+        "E: DEVNAME=" +
+        node + "\n" + "E: BUSNUM=" + bus + "\n" + "E: DEVNUM=" + dev + "\n" +
+        "A: busnum=" + std::to_string(options.bus) + "\n" + "A: devnum=" + std::to_string(options.device) + "\n";
     if (!umockdev_testbed_add_from_string(testbed, description.c_str(), &gerror)) {
         error = "cannot add the USB device " + node + ": " + (gerror ? gerror->message : "unknown error");
         if (gerror) g_error_free(gerror);
@@ -223,9 +227,7 @@ void UsbPrinterDevice::handle(::_UMockdevIoctlClient* client)
     }
     case USBDEVFS_SETCONFIGURATION:
     case USBDEVFS_RELEASEINTERFACE:
-    case USBDEVFS_CLEAR_HALT:
-        umockdev_ioctl_client_complete(client, 0, 0);
-        break;
+    case USBDEVFS_CLEAR_HALT: umockdev_ioctl_client_complete(client, 0, 0); break;
     case USBDEVFS_GETDRIVER:
         umockdev_ioctl_client_complete(client, -1, ENODATA);  // no kernel driver bound
         break;
@@ -252,21 +254,20 @@ void UsbPrinterDevice::dropUnreadAnswer()
     // The answer to an earlier request that the client did not read.
     m_Answer.clear();
     static thread_local uint8_t scratch[kLargestMessage];
-    while (recv(m_DeviceFd, scratch, sizeof scratch, 0) >= 0) {
-    }
+    while (recv(m_DeviceFd, scratch, sizeof scratch, 0) >= 0) {}
 }
 
 void UsbPrinterDevice::submit(::_UMockdevIoctlClient* client, ::_UMockdevIoctlData* data)
 {
     auto* request = reinterpret_cast<usbdevfs_urb*>(data->data);
-    if (request->type != USBDEVFS_URB_TYPE_BULK || !isBulkEndpoint(request->endpoint) ||
-        request->buffer_length < 0 || size_t(request->buffer_length) > kLargestMessage) {
+    if (request->type != USBDEVFS_URB_TYPE_BULK || !isBulkEndpoint(request->endpoint) || request->buffer_length < 0 ||
+        size_t(request->buffer_length) > kLargestMessage) {
         umockdev_ioctl_client_complete(client, -1, ENOENT);  // as the kernel answers for an unknown endpoint
         return;
     }
     GError* gerror = nullptr;
-    UMockdevIoctlData* buffer = umockdev_ioctl_data_resolve(data, offsetof(usbdevfs_urb, buffer),
-                                                            size_t(request->buffer_length), &gerror);
+    UMockdevIoctlData* buffer =
+        umockdev_ioctl_data_resolve(data, offsetof(usbdevfs_urb, buffer), size_t(request->buffer_length), &gerror);
     if (!buffer) {
         if (gerror) g_error_free(gerror);
         umockdev_ioctl_client_complete(client, -1, EFAULT);

@@ -26,10 +26,10 @@ namespace corvelsim {
 
 // What the device offers, chosen for tests.
 enum class UsbLayout {
-    Printer,        // one printer-class interface with a bulk OUT and a bulk IN endpoint
-    SecondClaims,   // two printer-class interfaces; claiming the first is refused
-    NoPrinter,      // one interface of the vendor-specific class
-    NoBulkIn,       // a printer-class interface whose IN endpoint is an interrupt endpoint
+    Printer,       // one printer-class interface with a bulk OUT and a bulk IN endpoint
+    SecondClaims,  // two printer-class interfaces; claiming the first is refused
+    NoPrinter,     // one interface of the vendor-specific class
+    NoBulkIn,      // a printer-class interface whose IN endpoint is an interrupt endpoint
 };
 
 struct UsbDeviceOptions {
@@ -87,7 +87,7 @@ private:
     int m_DeviceFd = -1;
     int m_ServerFd = -1;
     std::FILE* m_Trace = nullptr;
-    std::mutex m_Lock;  // guards everything below: ioctls run on umockdev's thread
+    std::mutex m_Lock;            // guards everything below: ioctls run on umockdev's thread
     std::deque<Urb> m_PendingIn;  // IN transfers waiting for answer bytes
     std::deque<Urb> m_Completed;  // transfers ready to be reaped
     Bytes m_Answer;               // answer bytes not yet handed out

@@ -61,8 +61,8 @@ bool isDnsName(const std::string& text)
 {
     if (text.empty() || text.size() > 253) return false;
     for (char c : text) {
-        bool ok = (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '-' ||
-                  c == '.' || c == '*';
+        bool ok = (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '-' || c == '.' ||
+                  c == '*';
         if (!ok) return false;
     }
     return true;
@@ -89,9 +89,9 @@ bool makeKeyAndRequest(const Subject& subject, std::string& keyPem, std::string&
         return false;
     }
     X509_NAME* name = X509_REQ_get_subject_name(request.get());
-    const std::pair<const char*, const std::string*> fields[] = {
-        {"C", &subject.C}, {"ST", &subject.ST}, {"L", &subject.L},
-        {"O", &subject.O}, {"OU", &subject.OU}, {"CN", &subject.CN}};
+    const std::pair<const char*, const std::string*> fields[] = {{"C", &subject.C},   {"ST", &subject.ST},
+                                                                 {"L", &subject.L},   {"O", &subject.O},
+                                                                 {"OU", &subject.OU}, {"CN", &subject.CN}};
     for (const auto& [field, value] : fields) {
         if (value->empty()) continue;  // empty fields are left out of the subject
         const auto* bytes = reinterpret_cast<const unsigned char*>(value->c_str());

@@ -93,8 +93,7 @@ int main(int argc, char** argv)
         usbDevice = UsbPrinterDevice::attach(testbed->umockdevTestbed(), options.usb, error);
         if (!usbDevice) return fail(error);
     }
-    PrinterServer server(*testbed, state, options.faults, log,
-                         options.statePath.empty() ? nullptr : &stateFile);
+    PrinterServer server(*testbed, state, options.faults, log, options.statePath.empty() ? nullptr : &stateFile);
     if (usbDevice) server.addUsbPort(usbDevice->serverFd(), usbDevice->address());
 
     takeOverSignals(onTerminate);

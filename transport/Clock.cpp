@@ -17,12 +17,6 @@ Clock* installedClock = nullptr;
 
 }  // namespace
 
-Clock& currentClock()
-{
-    return installedClock != nullptr ? *installedClock : systemClock;
-}
+Clock& currentClock() { return installedClock != nullptr ? *installedClock : systemClock; }
 
-void setClock(Clock* clock)
-{
-    installedClock = clock;
-}
+void setClock(Clock* clock) { installedClock = clock; }

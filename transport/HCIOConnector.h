@@ -8,11 +8,11 @@
 class HCIOConnector {
 public:
     virtual ~HCIOConnector() = default;
-    virtual int open() = 0;                                           // 0 opened, 1 failed
-    virtual int close() = 0;                                          // 0 closed, 1 failed
-    virtual int32_t read(uint8_t* buffer, int32_t length) = 0;        // bytes read, or -1
-    virtual int queryDevice(uint8_t* buffer, int32_t length) = 0;     // not offered by our connectors
-    virtual int32_t write(const uint8_t* buffer, int32_t length) = 0; // bytes written, or -1
+    virtual int open() = 0;                                            // 0 opened, 1 failed
+    virtual int close() = 0;                                           // 0 closed, 1 failed
+    virtual int32_t read(uint8_t* buffer, int32_t length) = 0;         // bytes read, or -1
+    virtual int queryDevice(uint8_t* buffer, int32_t length) = 0;      // not offered by our connectors
+    virtual int32_t write(const uint8_t* buffer, int32_t length) = 0;  // bytes written, or -1
     virtual IoStatus waitReadable(int32_t timeLimit) = 0;
     virtual IoStatus waitWritable(int32_t timeLimit) = 0;
 

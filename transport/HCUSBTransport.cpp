@@ -46,8 +46,7 @@ std::unique_ptr<HCIOConnector> openConnectorFor(const char* path, bool& opened)
         opened = connector->openDevice(parsed.bus, parsed.device) == 0;
         return connector;
     }
-    case UsbPath::Shape::Invalid:
-        break;
+    case UsbPath::Shape::Invalid: break;
     }
     return nullptr;
 }
@@ -77,10 +76,7 @@ void HCUSBTransport::releaseInstance()
     }
 }
 
-void HCUSBTransport::setConnectorFactory(ConnectorFactory factory)
-{
-    connectorFactory() = std::move(factory);
-}
+void HCUSBTransport::setConnectorFactory(ConnectorFactory factory) { connectorFactory() = std::move(factory); }
 
 HCUSBTransport::~HCUSBTransport() = default;  // the connector closes itself when destroyed
 

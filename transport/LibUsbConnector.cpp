@@ -10,12 +10,12 @@
 
 namespace {
 
-constexpr int kTimedOut = -110;        // -ETIMEDOUT from libusb
-constexpr int kStalled = -32;          // -EPIPE from libusb
-constexpr int kReadWaitMs = 10000;     // a read waits this long for each missing packet
-constexpr int kWriteLimitMs = 5000;    // time limit of one bulk write
-constexpr uint8_t kBulkTransfer = 2;   // bmAttributes & 3
-constexpr uint8_t kDirectionIn = 0x80; // bit 7 of bEndpointAddress
+constexpr int kTimedOut = -110;         // -ETIMEDOUT from libusb
+constexpr int kStalled = -32;           // -EPIPE from libusb
+constexpr int kReadWaitMs = 10000;      // a read waits this long for each missing packet
+constexpr int kWriteLimitMs = 5000;     // time limit of one bulk write
+constexpr uint8_t kBulkTransfer = 2;    // bmAttributes & 3
+constexpr uint8_t kDirectionIn = 0x80;  // bit 7 of bEndpointAddress
 
 // The first alternate setting of `interface` with the class, or none.
 const usb_interface_descriptor* settingOfClass(const usb_interface& interface, uint8_t interfaceClass)

@@ -51,10 +51,10 @@ private:
     UsbCalls& m_Usb;
     ByteFifo m_ReadBuffer{kFifoCapacity};  // received bytes not yet read
     uint8_t m_InterfaceClass;
-    int32_t m_Interface = 0;        // the claimed interface
-    int32_t m_InEndpoint = 0;       // bulk IN address; 0 until found
-    int32_t m_OutEndpoint = 0;      // bulk OUT address; 0 until found
-    int32_t m_MaxPacketSize = 32;   // of the bulk IN endpoint; cuts writes too
+    int32_t m_Interface = 0;       // the claimed interface
+    int32_t m_InEndpoint = 0;      // bulk IN address; 0 until found
+    int32_t m_OutEndpoint = 0;     // bulk OUT address; 0 until found
+    int32_t m_MaxPacketSize = 32;  // of the bulk IN endpoint; cuts writes too
     usb_dev_handle* m_Handle = nullptr;
     pthread_mutex_t m_WriteLock;  // held around write() and by close()
     pthread_mutex_t m_ReadLock;   // held around the bulk read and by close()

@@ -84,20 +84,11 @@ void USBLPConnector::recordErrno(int error)
     // EBADF is our own descriptor not being open, which the next open mends.
     case EIO:
     case ENODEV:
-    case ENXIO:
-        record(IoStatus::Gone);
-        break;
-    case EAGAIN:
-        record(IoStatus::TryAgain);
-        break;
-    case EBADF:
-        record(IoStatus::Unavailable);
-        break;
-    case EINTR:
-        record(IoStatus::Interrupted);
-        break;
-    default:
-        break;  // other errors leave the last status as it was
+    case ENXIO: record(IoStatus::Gone); break;
+    case EAGAIN: record(IoStatus::TryAgain); break;
+    case EBADF: record(IoStatus::Unavailable); break;
+    case EINTR: record(IoStatus::Interrupted); break;
+    default: break;  // other errors leave the last status as it was
     }
 }
 
@@ -183,12 +174,11 @@ IoStatus USBLPConnector::waitFor(bool forWriting, int32_t timeLimit)
     // The whole limit goes into the microseconds part: callers wait below one
     // second (a negative limit makes select() fail).
     timeval limit{0, static_cast<suseconds_t>(timeLimit)};
-    const int ready = forWriting ? select(fd + 1, nullptr, &set, nullptr, &limit)
-                                 : select(fd + 1, &set, nullptr, nullptr, &limit);
+    const int ready =
+        forWriting ? select(fd + 1, nullptr, &set, nullptr, &limit) : select(fd + 1, &set, nullptr, nullptr, &limit);
     IoStatus status;
     if (ready > 0) {
-        status = FD_ISSET(fd, &set) ? (forWriting ? IoStatus::WriteReady : IoStatus::DataReady)
-                                    : IoStatus::Failed;
+        status = FD_ISSET(fd, &set) ? (forWriting ? IoStatus::WriteReady : IoStatus::DataReady) : IoStatus::Failed;
     } else if (ready == 0) {
         status = IoStatus::TimedOut;
         currentClock().waited(timeLimit);  // lets a test clock see the time pass
@@ -199,12 +189,6 @@ IoStatus USBLPConnector::waitFor(bool forWriting, int32_t timeLimit)
     return status;
 }
 
-IoStatus USBLPConnector::waitReadable(int32_t timeLimit)
-{
-    return waitFor(false, timeLimit);
-}
+IoStatus USBLPConnector::waitReadable(int32_t timeLimit) { return waitFor(false, timeLimit); }
 
-IoStatus USBLPConnector::waitWritable(int32_t timeLimit)
-{
-    return waitFor(true, timeLimit);
-}
+IoStatus USBLPConnector::waitWritable(int32_t timeLimit) { return waitFor(true, timeLimit); }

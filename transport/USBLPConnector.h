@@ -24,8 +24,8 @@ public:
     int32_t read(uint8_t* buffer, int32_t length) override;
     int queryDevice(uint8_t* buffer, int32_t length) override;
     int32_t write(const uint8_t* buffer, int32_t length) override;
-    IoStatus waitReadable(int32_t timeLimit) override;   // limit in microseconds, below one second
-    IoStatus waitWritable(int32_t timeLimit) override;   // limit in microseconds, below one second
+    IoStatus waitReadable(int32_t timeLimit) override;  // limit in microseconds, below one second
+    IoStatus waitWritable(int32_t timeLimit) override;  // limit in microseconds, below one second
 
     const char* devicePath() const { return m_DevicePath; }
 

@@ -17,17 +17,11 @@ uint32_t copyTruncated(const std::string& text, char* buffer, uint32_t size)
     return count;
 }
 
-} // namespace
+}  // namespace
 
-void attributes::set(const char* name, const char* value)
-{
-    m_Pairs[name] = value;
-}
+void attributes::set(const char* name, const char* value) { m_Pairs[name] = value; }
 
-int attributes::has(const char* name) const
-{
-    return m_Pairs.count(name) != 0 ? 1 : 0;
-}
+int attributes::has(const char* name) const { return m_Pairs.count(name) != 0 ? 1 : 0; }
 
 std::string attributes::getValue(const std::string& name) const
 {
@@ -56,22 +50,10 @@ uint32_t attributes::getValue(uint32_t index, char* buffer, uint32_t size) const
     return copyTruncated(std::next(m_Pairs.begin(), index)->second, buffer, size);
 }
 
-std::string& attributes::operator[](const std::string& name)
-{
-    return m_Pairs[name];
-}
+std::string& attributes::operator[](const std::string& name) { return m_Pairs[name]; }
 
-std::string& attributes::operator[](const char* name)
-{
-    return m_Pairs[name];
-}
+std::string& attributes::operator[](const char* name) { return m_Pairs[name]; }
 
-void attributes::clear()
-{
-    m_Pairs.clear();
-}
+void attributes::clear() { m_Pairs.clear(); }
 
-uint32_t attributes::size() const
-{
-    return static_cast<uint32_t>(m_Pairs.size());
-}
+uint32_t attributes::size() const { return static_cast<uint32_t>(m_Pairs.size()); }

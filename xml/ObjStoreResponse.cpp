@@ -24,33 +24,21 @@ const char* const kCommonNamePath = "/response/MapElem/child[@name='x509_CN']/St
 const char* const kAltNamePath = "/response/MapElem/child[@name='x509_AN']/StringElem";
 const char* const kListItemFormat = "/response/MapElem/child[@name='cert_list']/ListElem/StringElem[%d]";
 
-} // namespace
+}  // namespace
 
-void ObjStoreResponse::setResponse(const char* xml)
-{
-    m_Response = xml == nullptr ? "" : xml;
-}
+void ObjStoreResponse::setResponse(const char* xml) { m_Response = xml == nullptr ? "" : xml; }
 
 int ObjStoreResponse::getStatusCode() const
 {
     return readLeadingNumber(simpleXPath(m_Response).evaluate(kStatusCodePath)).value;
 }
 
-std::string ObjStoreResponse::getStatusMessage() const
-{
-    return simpleXPath(m_Response).evaluate(kStatusMessagePath);
-}
+std::string ObjStoreResponse::getStatusMessage() const { return simpleXPath(m_Response).evaluate(kStatusMessagePath); }
 
-std::string ObjStoreResponse::getFriendlyName() const
-{
-    return simpleXPath(m_Response).evaluate(kFriendlyNamePath);
-}
+std::string ObjStoreResponse::getFriendlyName() const { return simpleXPath(m_Response).evaluate(kFriendlyNamePath); }
 
 // Success is the text "1" exactly: "01" or "1 " do not count.
-bool ObjStoreResponse::statusIsSuccess() const
-{
-    return simpleXPath(m_Response).evaluate(kStatusCodePath) == "1";
-}
+bool ObjStoreResponse::statusIsSuccess() const { return simpleXPath(m_Response).evaluate(kStatusCodePath) == "1"; }
 
 void ObjStoreResponse::getCAFileInfo(std::string& fileName, std::string& path, std::string& commonName) const
 {
@@ -91,15 +79,9 @@ int ObjStoreResponse::getCertDefaults(std::string& organization, std::string& un
     return 1;
 }
 
-void ObjStoreResponse::getCertList(std::vector<std::string>& names) const
-{
-    readNameList(names);
-}
+void ObjStoreResponse::getCertList(std::vector<std::string>& names) const { readNameList(names); }
 
-void ObjStoreResponse::getCAList(std::vector<std::string>& names) const
-{
-    readNameList(names);
-}
+void ObjStoreResponse::getCAList(std::vector<std::string>& names) const { readNameList(names); }
 
 // Items 1, 2, ... until the first missing or empty one. Position predicates
 // stop at 9, so a list gives at most nine names.

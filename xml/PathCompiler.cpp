@@ -18,7 +18,7 @@ std::string trimSpaces(const std::string& text)
     return text.substr(first, last - first + 1);
 }
 
-} // namespace
+}  // namespace
 
 PathNode compileStep(const std::string& step)
 {

@@ -22,5 +22,5 @@ struct PathNode {
 };
 
 // Predicate names that are not attribute names.
-extern const char* const kIndexPredicate;     // "<INDEX>"
-extern const char* const kUndefinedPredicate; // "<UNDEFINED>"
+extern const char* const kIndexPredicate;      // "<INDEX>"
+extern const char* const kUndefinedPredicate;  // "<UNDEFINED>"

@@ -8,25 +8,13 @@
 
 namespace {
 
-bool isWhitespace(unsigned char c)
-{
-    return c == ' ' || c == '\t' || c == '\r' || c == '\n';
-}
+bool isWhitespace(unsigned char c) { return c == ' ' || c == '\t' || c == '\r' || c == '\n'; }
 
-bool isNameStart(unsigned char c)
-{
-    return c == ':' || c == '_' || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
-}
+bool isNameStart(unsigned char c) { return c == ':' || c == '_' || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); }
 
-bool isNameChar(unsigned char c)
-{
-    return isNameStart(c) || c == '-' || c == '.' || (c >= '0' && c <= '9');
-}
+bool isNameChar(unsigned char c) { return isNameStart(c) || c == '-' || c == '.' || (c >= '0' && c <= '9'); }
 
-bool isLowerOf(char c, char lower)
-{
-    return c == lower || c == lower - ('a' - 'A');
-}
+bool isLowerOf(char c, char lower) { return c == lower || c == lower - ('a' - 'A'); }
 
 // True when the text holds `what` at `pos` (never reads past the end).
 bool lookingAt(const char* text, size_t length, size_t pos, const char* what)
@@ -61,14 +49,11 @@ void skipNameChars(const char* text, size_t length, size_t& pos)
     }
 }
 
-} // namespace
+}  // namespace
 
 SimpleSAXParser::SimpleSAXParser(SimpleSAXHandler* handler) : m_Handler(handler) {}
 
-int SimpleSAXParser::parse(const std::string& text)
-{
-    return parse(text.c_str());
-}
+int SimpleSAXParser::parse(const std::string& text) { return parse(text.c_str()); }
 
 int SimpleSAXParser::parse(const char* text)
 {
@@ -199,7 +184,7 @@ int SimpleSAXParser::parseStartTag(Run& run, std::string& name, attributes& attr
         }
     }
     if (run.pos < run.length) {
-        ++run.pos; // the '>'
+        ++run.pos;  // the '>'
     }
     return 0;
 }

@@ -7,10 +7,7 @@
 
 simpleXPath::simpleXPath(const std::string& document) : m_Document(document) {}
 
-std::string simpleXPath::evaluate(const char* path)
-{
-    return evaluate(std::string(path == nullptr ? "" : path));
-}
+std::string simpleXPath::evaluate(const char* path) { return evaluate(std::string(path == nullptr ? "" : path)); }
 
 std::string simpleXPath::evaluate(const std::string& path)
 {
@@ -54,7 +51,7 @@ void simpleXPath::characters(const char* text, int count)
 
 void simpleXPath::endElement(const char* name)
 {
-    (void)name; // the parser only closes the innermost open element
+    (void)name;  // the parser only closes the innermost open element
     if (m_Open.empty()) {
         return;
     }

@@ -20,7 +20,7 @@ char entityValue(const char* name, size_t length)
     return 0;
 }
 
-} // namespace
+}  // namespace
 
 std::string decodeEntities(const char* raw, size_t length)
 {

@@ -48,8 +48,7 @@ protected:
     {
         args.insert(args.begin(), "corvelcfg");
         std::vector<const char*> argv;
-        for (const std::string& a : args)
-            argv.push_back(a.c_str());
+        for (const std::string& a : args) argv.push_back(a.c_str());
         RunResult result;
         static_cast<Captured&>(result) =
             captureOutput([&] { result.status = runCorvelcfg(static_cast<int>(argv.size()), argv.data()); });
@@ -86,6 +85,7 @@ Lines operator+(Lines a, const Lines& b) { return a.insert(a.end(), b.begin(), b
 TEST_F(RunDriver, RequestsResultsAndPlainRetries)
 {
     const TempFile packet("0xa5, 00 6 5");  // blanks, commas and the x skipped; the odd digit dropped
+    // clang-format off
     const struct {
         std::vector<std::string> args;
         std::deque<std::string> answers;
@@ -109,6 +109,7 @@ TEST_F(RunDriver, RequestsResultsAndPlainRetries)
         {{"-ca", "-file"}, {}, {}, kInputFileError, "", "D [CVL] -file needs the name of a settings file!\n"},
         {{"-npa", "-file"}, {}, {}, kInputFileError, "", "D [CVL] -file needs the name of a packet file!\n"},
     };
+    // clang-format on
     for (const auto& c : cases) {
         SCOPED_TRACE(c.args[0] + (c.args.size() > 1 ? " " + c.args[1] : ""));
         script(c.answers);
@@ -116,7 +117,9 @@ TEST_F(RunDriver, RequestsResultsAndPlainRetries)
         EXPECT_EQ(writesInHex(), c.writes);
         EXPECT_EQ(result.status, c.status);
         EXPECT_EQ(result.out, c.out);
-        if (c.err != nullptr) { EXPECT_EQ(result.err, c.err); }
+        if (c.err != nullptr) {
+            EXPECT_EQ(result.err, c.err);
+        }
     }
 }
 
@@ -166,8 +169,8 @@ TEST_F(RunDriver, UsageWithoutArgumentsAndForDashH)
 // the status the mode gives a printer that does not answer at all.
 TEST_F(RunDriver, PrinterGoneEndsTheRunAtOnce)
 {
-    const std::vector<std::string> commands[] = {{"-c", "--ssid=net"}, {"-s"},   {"-t"},          {"-r"},
-                                                 {"-802s"},            {"-cer"}, {"--ssid=net"}, {"-rcerdefs"}};
+    const std::vector<std::string> commands[] = {
+        {"-c", "--ssid=net"}, {"-s"}, {"-t"}, {"-r"}, {"-802s"}, {"-cer"}, {"--ssid=net"}, {"-rcerdefs"}};
     for (const auto& args : commands) {
         SCOPED_TRACE(args[0]);
         script({});

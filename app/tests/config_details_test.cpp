@@ -41,8 +41,8 @@ TEST(GetOptionValue, QuoteRuleOrKeyLength)
     } cases[] = {
         {"--ssid=My Net", "--ssid=", "My Net"},
         {"--ssid=\"My Net\"", "--ssid=", "My Net"},
-        {"--passwd=ab\"cd", "--passwd=", "cd"},  // after the first quote, to the end
-        {"--channel=11", "--ssid=", "old"},      // key absent: untouched
+        {"--passwd=ab\"cd", "--passwd=", "cd"},            // after the first quote, to the end
+        {"--channel=11", "--ssid=", "old"},                // key absent: untouched
         {"--passwd=x--ssid=y", "--ssid=", "d=x--ssid=y"},  // found inside, cut by the key's length
     };
     for (const auto& c : cases) {

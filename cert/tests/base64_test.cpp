@@ -24,16 +24,15 @@ int decodedCount(const char* text, uint32_t capacity, std::string* bytes = nullp
     std::vector<unsigned char> out(capacity + 1, 0xAA);
     const int count = Base64::decode(text, out.data(), capacity);
     EXPECT_EQ(out[capacity], 0xAA) << "wrote past the capacity";
-    if (bytes != nullptr && count > 0)
-        bytes->assign(out.begin(), out.begin() + count);
+    if (bytes != nullptr && count > 0) bytes->assign(out.begin(), out.begin() + count);
     return count;
 }
 
 TEST(Base64, EncodeLengthsPaddingAndCapacity)
 {
     std::string largest;  // 12285 bytes: 16380 characters, with the terminator 16381 of 16384
-    for (int group = 0; group < 4095; ++group)
-        largest += "eHh4";  // "xxx"
+    for (int group = 0; group < 4095; ++group) largest += "eHh4";  // "xxx"
+    // clang-format off
     const struct {
         std::string in;
         uint32_t capacity;
@@ -44,12 +43,14 @@ TEST(Base64, EncodeLengthsPaddingAndCapacity)
         {"foo", 5, "Zm9v"}, {"foo", 4, "<refused>"}, {"", 1, ""}, {"", 0, "<refused>"},
         {std::string(12285, 'x'), 16384, largest}, {std::string(12286, 'x'), 16384, "<refused>"},
     };
+    // clang-format on
     for (const auto& c : cases)
         EXPECT_EQ(encoded(c.in, c.capacity), c.out) << c.in.size() << " bytes into " << c.capacity;
 }
 
 TEST(Base64, DecodeGroupsEndAtTheFirstPaddedOne)
 {
+    // clang-format off
     const struct {
         const char* text;
         std::string bytes;
@@ -62,6 +63,7 @@ TEST(Base64, DecodeGroupsEndAtTheFirstPaddedOne)
         {"Zm9vZ=9v", "foo"},            // padding inside a group: the group gives nothing
         {"AP/+", std::string("\x00\xff\xfe", 3)},
     };
+    // clang-format on
     for (const auto& c : cases) {
         std::string bytes;
         EXPECT_EQ(decodedCount(c.text, 64, &bytes), static_cast<int>(c.bytes.size())) << c.text;

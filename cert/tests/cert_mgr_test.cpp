@@ -91,8 +91,9 @@ TEST(CertMgr, EachMethodSendsItsRequestTextInTheTwoPacketFrame)
     t.answer(answerXml(1));
     captureOutput([&] { t.client.createCertRequest(ugly, "U", "DE", "BY", "City", "cn", "alt"); });
     const std::string subject = kHelperName + stringChild("x509_O", escaped) + stringChild("x509_AN", "alt") +
-                                stringChild("x509_C", "DE") + stringChild("x509_CN", "cn") + stringChild("x509_L", "City") +
-                                stringChild("x509_OU", "U") + stringChild("x509_ST", "BY");
+                                stringChild("x509_C", "DE") + stringChild("x509_CN", "cn") +
+                                stringChild("x509_L", "City") + stringChild("x509_OU", "U") +
+                                stringChild("x509_ST", "BY");
     EXPECT_EQ(t.sentTexts(), (std::vector<std::string>{call("deleteIndividualCert", 510, map(kHelperName)),
                                                        call("generateNewCert", 200, map(subject))}));
 }
@@ -165,9 +166,8 @@ TEST(CertMgr, FailuresWriteTheErrorLineAndThePrintersMessage)
         EXPECT_EQ(t.client.getFriendlyNameList(names), -1);
         EXPECT_EQ(t.client.saveCertRequest("/dev/null"), -1);  // no answer at all
     });
-    EXPECT_EQ(captured.err,
-              "D [CVL] Delete CA cert error 7\nD [CVL] no such CA\n"
-              "D [CVL] Error getting list of friendly names 0\nD [CVL] \n");
+    EXPECT_EQ(captured.err, "D [CVL] Delete CA cert error 7\nD [CVL] no such CA\n"
+                            "D [CVL] Error getting list of friendly names 0\nD [CVL] \n");
     EXPECT_EQ(names, (std::vector<std::string>{"kept1", "kept2"})) << "a failed call leaves the list";
 
     t.answer(listAnswerXml({"a", "b", "c"}));

@@ -34,8 +34,8 @@ std::string writeCertificate(const Fields& fields, const std::string& notBefore,
                                    reinterpret_cast<const unsigned char*>(value.c_str()), -1, -1, 0);
     }
     X509_set_issuer_name(cert, name);
-    for (auto [time, text] : {std::make_pair(X509_getm_notBefore(cert), notBefore),
-                              std::make_pair(X509_getm_notAfter(cert), notAfter)}) {
+    for (auto [time, text] :
+         {std::make_pair(X509_getm_notBefore(cert), notBefore), std::make_pair(X509_getm_notAfter(cert), notAfter)}) {
         ASN1_STRING_set(time, text.c_str(), static_cast<int>(text.size()));  // as given, even when invalid
         time->type = text.size() == 13 ? V_ASN1_UTCTIME : V_ASN1_GENERALIZEDTIME;
     }
@@ -62,6 +62,7 @@ struct Case {
 TEST(PemSubject, CommonNameAndValidityMakeTheCAName)
 {
     const std::string longName(228, 'n');
+    // clang-format off
     const Case cases[] = {
         {"UTCTime and GeneralizedTime", {{"O", "Acme"}, {"CN", "Acme Root"}}, "100105000000Z", "20501231235959Z", 0,
          "Acme Root", "Acme Root_Jan__5_2010_To_Dec_31_2050"},
@@ -74,6 +75,7 @@ TEST(PemSubject, CommonNameAndValidityMakeTheCAName)
         {"no CN", {{"O", "Acme"}}, "100105000000Z", "20501231235959Z", -1, "", ""},
         {"month outside the calendar", {{"CN", "Root"}}, "101305000000Z", "20501231235959Z", -1, "", ""},
     };
+    // clang-format on
     for (const Case& c : cases) {
         const std::string path = writeCertificate(c.fields, c.notBefore, c.notAfter);
         std::string commonName = "", caName = "";

@@ -7,6 +7,7 @@ namespace {
 
 TEST(LeadingNumberTest, ReadsLikeAtoiWithinItsBoundsWithoutOverflow)
 {
+    // clang-format off
     const struct {
         const char* text;
         size_t maxChars;
@@ -23,6 +24,7 @@ TEST(LeadingNumberTest, ReadsLikeAtoiWithinItsBoundsWithoutOverflow)
         {"99999999999999999999", 20, INT_MAX, 0xFF},
         {"-99999999999999999999", 21, INT_MIN, 0x01},
     };
+    // clang-format on
     for (const auto& c : cases) {
         const LeadingNumber read = readLeadingNumber(c.text, c.maxChars);
         EXPECT_EQ(read.value, c.value) << c.text;

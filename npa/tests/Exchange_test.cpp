@@ -17,6 +17,7 @@ struct ChannelUnderTest {
 
 TEST(ExchangeNPA, CollectsThePacketContents)
 {
+    // clang-format off
     const struct {
         const char* name;
         const char* answer;
@@ -27,6 +28,7 @@ TEST(ExchangeNPA, CollectsThePacketContents)
         {"announced packet never comes", "A5 00 02 20 42", "42"},
         {"silent printer", "", ""},
     };
+    // clang-format on
     for (const auto& c : cases) {
         ChannelUnderTest t;
         t.transport.addAnswer(c.answer);
@@ -45,6 +47,7 @@ TEST(Exchanges, AttemptsWaitsAndJudgements)
 {
     using Poll = int (NPAChannel::*)(const uint8_t*, int32_t);
     const std::string text = "A5 00 0D 50 E0 D8 00 28 15 00 05 " + hexOf("home");
+    // clang-format off
     const struct {
         const char* name;
         Poll poll;
@@ -77,6 +80,7 @@ TEST(Exchanges, AttemptsWaitsAndJudgements)
         {"text needs more than the header", &NPAChannel::pollText, {"A5 00 08 50 E0 D8 00 28 15 00 05"}, 1, 7,
          {2, 2, 2, 2, 2, 2, 2}, ""},
     };
+    // clang-format on
     for (const auto& c : cases) {
         ChannelUnderTest t;
         for (const std::string& answer : c.answers) {

@@ -23,6 +23,7 @@ TEST(AuthStatus, FirstRuleThatAppliesDecides)
     AuthFacts ready;  // would authenticate: 802.1x, PEAP with user and password
     ready.security8021x = true;
     ready.passwordEap = ready.hasUser = ready.hasPassword = true;
+    // clang-format off
     const struct { const char* name; void (*change)(AuthFacts&); int status; } cases[] = {
         {"joined", [](AuthFacts& f) { f.joined = true; }, 2},
         {"not joined yet", [](AuthFacts&) {}, 10},
@@ -37,6 +38,7 @@ TEST(AuthStatus, FirstRuleThatAppliesDecides)
         {"password EAP without user", [](AuthFacts& f) { f.hasUser = false; }, 9},
         {"no EAP type", [](AuthFacts& f) { f.passwordEap = false; f.joined = true; }, 8},
     };
+    // clang-format on
     for (const auto& c : cases) {
         AuthFacts facts = ready;
         c.change(facts);
@@ -62,15 +64,17 @@ std::string toPem(X509* cert)
 }
 
 // A certificate for `publicKey` with subject entries "/F=V" pairs, signed by `signer`.
-std::string makeCert(EVP_PKEY* publicKey, EVP_PKEY* signer, const std::vector<std::pair<const char*, const char*>>& subject,
-                     const char* notBefore, const char* notAfter)
+std::string makeCert(EVP_PKEY* publicKey, EVP_PKEY* signer,
+                     const std::vector<std::pair<const char*, const char*>>& subject, const char* notBefore,
+                     const char* notAfter)
 {
     X509* cert = X509_new();
     X509_set_version(cert, 2);
     ASN1_INTEGER_set(X509_get_serialNumber(cert), 7);
     X509_NAME* name = X509_get_subject_name(cert);
     for (const auto& [field, value] : subject)
-        X509_NAME_add_entry_by_txt(name, field, MBSTRING_UTF8, reinterpret_cast<const unsigned char*>(value), -1, -1, 0);
+        X509_NAME_add_entry_by_txt(name, field, MBSTRING_UTF8, reinterpret_cast<const unsigned char*>(value), -1, -1,
+                                   0);
     X509_set_issuer_name(cert, name);
     EXPECT_TRUE(ASN1_TIME_set_string(X509_getm_notBefore(cert), notBefore));
     EXPECT_TRUE(ASN1_TIME_set_string(X509_getm_notAfter(cert), notAfter));
@@ -84,6 +88,7 @@ std::string makeCert(EVP_PKEY* publicKey, EVP_PKEY* signer, const std::vector<st
 TEST(CertStore, ListsCAsByCommonNameAndValidity)
 {
     TestKey key;
+    // clang-format off
     const struct {
         std::vector<std::pair<const char*, const char*>> subject;
         const char *notBefore, *notAfter, *name;
@@ -92,6 +97,7 @@ TEST(CertStore, ListsCAsByCommonNameAndValidity)
         {{{"CN", "Lab CA"}, {"emailAddress", "ca@lab"}}, "19991110120000Z", "20500209000000Z", "Lab CA_Nov_10_1999_To_Feb__9_2050"},
         {{{"CN", "First"}, {"CN", "Second"}}, "20240301000000Z", "20240331000000Z", "First_Mar__1_2024_To_Mar_31_2024"},
     };
+    // clang-format on
     for (const auto& c : cases) {
         CertStore store;
         CertResult result = store.installCA("ca.pem", makeCert(key.key, key.key, c.subject, c.notBefore, c.notAfter));
@@ -102,9 +108,12 @@ TEST(CertStore, ListsCAsByCommonNameAndValidity)
         EXPECT_EQ(store.removeCA(c.name).code, kCertNotFound);
     }
     CertStore store;
-    EXPECT_EQ(store.installCA("o.pem", makeCert(key.key, key.key, {{"O", "No CN"}}, "20240301000000Z", "20250301000000Z")).code,
+    EXPECT_EQ(
+        store.installCA("o.pem", makeCert(key.key, key.key, {{"O", "No CN"}}, "20240301000000Z", "20250301000000Z"))
+            .code,
+        kCertRefused);
+    EXPECT_EQ(store.installCA("x.pem", "-----BEGIN CERTIFICATE-----\nAAAA\n-----END CERTIFICATE-----\n").code,
               kCertRefused);
-    EXPECT_EQ(store.installCA("x.pem", "-----BEGIN CERTIFICATE-----\nAAAA\n-----END CERTIFICATE-----\n").code, kCertRefused);
     EXPECT_TRUE(store.cas.empty());
 }
 
@@ -185,7 +194,10 @@ TEST(Faults, CertificateManagerFaults)
     EXPECT_EQ(certStatusFor(faults, "exportPubKey")->message, "key: lost");
     EXPECT_EQ(certStatusFor(faults, "queryCAList")->code, 7);
     EXPECT_EQ(faults.certE0Bytes, 5);
-    EXPECT_EQ(insertE0("abcdefgh", 3), "ab\xE0" "cd\xE0" "ef\xE0" "gh");
+    EXPECT_EQ(insertE0("abcdefgh", 3), "ab\xE0"
+                                       "cd\xE0"
+                                       "ef\xE0"
+                                       "gh");
 }
 
 }  // namespace

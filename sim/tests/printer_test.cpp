@@ -29,6 +29,7 @@ Bytes u32(unsigned v) { return {uint8_t(v >> 24), uint8_t(v >> 16), uint8_t(v >>
 // needs; end-to-end runs reach just the WPA rows of this.
 TEST(PrinterState, JoinsOnlyWithTheSecretItsSecurityNeeds)
 {
+    // clang-format off
     const struct {
         const char* name;
         unsigned security;
@@ -43,6 +44,7 @@ TEST(PrinterState, JoinsOnlyWithTheSecretItsSecurityNeeds)
         {"802.1x without user", 3, {{0x28, 0x11, text("psk")}}, false},
         {"802.1x with user", 3, {{0x2A, 0x02, text("alice")}}, true},
     };
+    // clang-format on
     for (const auto& c : cases) {
         PrinterState printer(NetworkLife{});
         std::vector<Item> settings{{0x28, 0x22, u32(c.security)}, {0x28, 0x08, text("Lab")}};
@@ -61,6 +63,7 @@ TEST(PrinterState, JoinsOnlyWithTheSecretItsSecurityNeeds)
 TEST(DecodePacket, TellsRequestsApartAndNamesWhatIsWrong)
 {
     const char* const badEnvelope = "envelope does not hold one complete packet";
+    // clang-format off
     const struct { const char* packet; RequestKind kind; const char* problem; } cases[] = {
         {"A5 00 06 50 E0 D8 00 2A 1D", RequestKind::Read, ""},
         {"A5 00 0A 50 E0 DA 01 06 14 00 00 05 01", RequestKind::Settings, "malformed items"},
@@ -71,6 +74,7 @@ TEST(DecodePacket, TellsRequestsApartAndNamesWhatIsWrong)
         {"A5 00 0F 50 E0 63 02 00 09 A5 00 09 50 E0 D8 00 28 08", RequestKind::Unknown, badEnvelope},  // inner packet
         {"A5 00 06 50 E0 63 02 00 00", RequestKind::Unknown, badEnvelope},
     };
+    // clang-format on
     for (const auto& c : cases) {
         Request request = decodePacket(hex(c.packet));
         EXPECT_EQ(request.kind, c.kind) << c.packet;
@@ -81,6 +85,7 @@ TEST(DecodePacket, TellsRequestsApartAndNamesWhatIsWrong)
 TEST(Faults, ChangeOnlyHowTheAnswerTravels)
 {
     const Bytes answer = makePacket(0x50, {0xE0, 0xD8, 0x00, 0x28, 0x08, 0x00, 0x00});
+    // clang-format off
     const struct { const char* fault; const char* sent; } cases[] = {
         {"silent", ""},
         {"noise=3", "00FF5A" "A5000850E0D80028080000"},
@@ -90,6 +95,7 @@ TEST(Faults, ChangeOnlyHowTheAnswerTravels)
         {"truncate=2", "A5000A50E0D80028080000"},
         {"late=20", "A5000850E0D80028080000"},
     };
+    // clang-format on
     std::string error;
     for (const auto& c : cases) {
         FaultSet faults;
@@ -104,8 +110,11 @@ TEST(Faults, ChangeOnlyHowTheAnswerTravels)
 TEST(StateFile, RoundTripsEveryKindOfValueAndSkipsLinesItCannotRead)
 {
     PrinterState state(NetworkLife{});
-    state.items = {{fieldKey(0x28, 0x08), text("Home \"Net\" \\ 1")}, {fieldKey(0x28, 0x22), u32(4)},
-                   {fieldKey(0x2A, 0x24), {1}}, {fieldKey(0x28, 0x09), {}}, {fieldKey(0x2A, 0x03), hex("01FF004142")}};
+    state.items = {{fieldKey(0x28, 0x08), text("Home \"Net\" \\ 1")},
+                   {fieldKey(0x28, 0x22), u32(4)},
+                   {fieldKey(0x2A, 0x24), {1}},
+                   {fieldKey(0x28, 0x09), {}},
+                   {fieldKey(0x2A, 0x03), hex("01FF004142")}};
     state.joined = true;
     state.connectionPolls = 3;
     state.resets = 2;

@@ -13,7 +13,7 @@ namespace e2e {
 using Bytes = std::vector<uint8_t>;
 
 Bytes bytesFromHex(const std::string& hex);  // "A50006..." (blanks allowed)
-std::string toHex(const Bytes& bytes);        // "A50006..."
+std::string toHex(const Bytes& bytes);       // "A50006..."
 
 ::testing::AssertionResult sameBytes(const Bytes& expected, const Bytes& received);
 ::testing::AssertionResult sameText(const std::string& expected, const std::string& received);

@@ -96,8 +96,8 @@ SimRun runSim(const SimDir& dir, const std::vector<std::string>& simOptions, con
               const char* input)
 {
     std::remove(dir.file("requests.jsonl").c_str());
-    std::vector<std::string> argv = {CORVELSIM_PATH, "--speed", "20", "--state", dir.file("state.txt"),
-                                     "--log", dir.file("requests.jsonl")};
+    std::vector<std::string> argv = {
+        CORVELSIM_PATH, "--speed", "20", "--state", dir.file("state.txt"), "--log", dir.file("requests.jsonl")};
     argv.insert(argv.end(), simOptions.begin(), simOptions.end());
     argv.push_back("--");
     argv.insert(argv.end(), command.begin(), command.end());
@@ -130,8 +130,8 @@ std::string logValue(const std::string& line, const std::string& key)
     return line.substr(at + 1, end - at - 1);
 }
 
-SimRun runCorvelcfg(const SimDir& dir, const std::vector<std::string>& simOptions,
-                    const std::vector<std::string>& args, const char* input)
+SimRun runCorvelcfg(const SimDir& dir, const std::vector<std::string>& simOptions, const std::vector<std::string>& args,
+                    const char* input)
 {
     std::vector<std::string> command = {CORVELCFG_PATH};
     command.insert(command.end(), args.begin(), args.end());

@@ -45,7 +45,7 @@ SimRun runCommand(const SimDir& dir, const std::vector<std::string>& argv);
 SimRun runSim(const SimDir& dir, const std::vector<std::string>& simOptions, const std::vector<std::string>& command,
               const char* input = nullptr);
 // The same with corvelcfg and `args` as the command.
-SimRun runCorvelcfg(const SimDir& dir, const std::vector<std::string>& simOptions,
-                    const std::vector<std::string>& args, const char* input = nullptr);
+SimRun runCorvelcfg(const SimDir& dir, const std::vector<std::string>& simOptions, const std::vector<std::string>& args,
+                    const char* input = nullptr);
 
 }  // namespace e2e

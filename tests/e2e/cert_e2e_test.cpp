@@ -51,9 +51,9 @@ TEST(CertificateWorkflow, ReadmeWalkPrintsWhatTheReadmeSays)
 {
     SimDir dir;
     const std::string source = PROJECT_SOURCE_DIR;
-    ASSERT_EQ(std::system(("'" + source + "/scripts/readme-walk.sh' '" + source + "/README.md' > '" +
-                           dir.file("walk.sh") + "'")
-                              .c_str()),
+    ASSERT_EQ(std::system(
+                  ("'" + source + "/scripts/readme-walk.sh' '" + source + "/README.md' > '" + dir.file("walk.sh") + "'")
+                      .c_str()),
               0);
     std::string expected;
     std::istringstream script(dir.read("walk.sh"));
@@ -118,6 +118,7 @@ TEST(Certificates, InstallRefusals)
                          "head -c 16385 /dev/zero | tr '\\0' x > 16385.pem && ln -s nowhere dangling.pem && "
                          "echo 'just notes' > notes.txt"),
               0);
+    // clang-format off
     const struct {
         const char* option;
         int status;
@@ -134,6 +135,7 @@ TEST(Certificates, InstallRefusals)
         {"--802-signed-cer-file=stranger.pem", 1, {"uploadSignedCertFile"}, "D [CVL] Install Signed Cert error "},
         {"--ssid=no-file", 1, {}, ""},
     };
+    // clang-format on
     for (const auto& c : cases) {
         SimRun run = runCorvelcfg(dir, {}, {"-icer", c.option});
         EXPECT_EQ(run.status, c.status) << c.option << "\n" << run.err;
@@ -162,8 +164,13 @@ TEST(Certificates, DefaultsThroughDamagedAndMissingAnswers)
     EXPECT_TRUE(holds(silent.err, "D [CVL] Failed to read certificate defaults!\n"));
 }
 
-const std::vector<std::string> k8021x = {"-ca", "--security=802.1x", "--ssid=Corp", "--802-auth-ext=PEAP",
-                                         "--802-auth-inner=MSCHAPv2", "--802-user=alice", "--802-pwd=pw"};
+const std::vector<std::string> k8021x = {"-ca",
+                                         "--security=802.1x",
+                                         "--ssid=Corp",
+                                         "--802-auth-ext=PEAP",
+                                         "--802-auth-inner=MSCHAPv2",
+                                         "--802-user=alice",
+                                         "--802-pwd=pw"};
 
 TEST(Config8021x, RefusedOptionsAreRepeatedWholeInPlainForm)
 {
@@ -172,9 +179,9 @@ TEST(Config8021x, RefusedOptionsAreRepeatedWholeInPlainForm)
     ASSERT_EQ(runCorvelcfg(dir, {}, {"-icer", "--802-CA-cer-file=ca.pem"}).status, 0);
     SimRun run = runCorvelcfg(dir, {"--fault", "refuse-envelope"}, k8021x);
     EXPECT_EQ(run.status, 0) << run.err;
-    EXPECT_EQ(requests(run), (std::vector<std::string>{"queryCertList", "queryCAList", "settings", "read",
-                                                       "queryCertList", "queryCAList", "settings", "settings",
-                                                       "read"}));
+    EXPECT_EQ(requests(run),
+              (std::vector<std::string>{"queryCertList", "queryCAList", "settings", "read", "queryCertList",
+                                        "queryCAList", "settings", "settings", "read"}));
     ASSERT_EQ(run.log.size(), 9u);
     EXPECT_EQ(logValue(run.log[2], "envelope"), "true");
     EXPECT_EQ(logValue(run.log[6], "envelope"), "false");

@@ -133,8 +133,8 @@ TEST(HostileInput, UnwritableOutputFailsTheRun)
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.script);
-        const SimRun run = c.underSimulator ? runShell(dir, c.script)
-                                            : runCommand(dir, {"/bin/bash", "-c", c.script, CORVELCFG_PATH});
+        const SimRun run =
+            c.underSimulator ? runShell(dir, c.script) : runCommand(dir, {"/bin/bash", "-c", c.script, CORVELCFG_PATH});
         ASSERT_FALSE(run.timedOut);
         EXPECT_EQ(run.status, 74);
         EXPECT_EQ(count(run.err, std::string("D [CVL] Cannot write the output: ") + c.reason + "\n"), 1u) << run.err;

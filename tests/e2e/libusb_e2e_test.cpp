@@ -27,11 +27,13 @@ std::vector<std::string> operator+(std::vector<std::string> a, const std::vector
 // (dumped as received), and the full configuration with its polls.
 TEST(LibUsbRoute, BehavesAsOverTheDeviceNode)
 {
+    // clang-format off
     const struct { std::vector<std::string> args, simOptions; std::string state; } cases[] = {
         {{"-npa", "-file", "npa-request.hex"}, {"--usb-packet", "16"},
          "28/08=\"ABCDEFGHIJKLMNOPQRSTUVWXYZ012345\\0\"\n"},
         {{"--ssid=NotRead"}, {"--join-after", "2", "--ip", "10.0.0.9"}, kConfiguredState},
     };
+    // clang-format on
     for (const auto& c : cases) {
         SimDir dir;
         dir.write("npa-request.hex", "A5 00 06 50 E0 D8 00 28 08");
@@ -62,8 +64,8 @@ TEST(LibUsbRoute, ShortAnswerEndsAfterOneFurtherTenSecondWait)
 {
     SimDir dir;
     dir.write("state.txt", "# corvelsim state v2\n" + kJoinedState);
-    const SimRun bus = runCorvelcfg(dir, kOnBus + std::vector<std::string>{"--usb-trace", dir.file("usb.trace")},
-                                    {"-s", "001:004"});
+    const SimRun bus =
+        runCorvelcfg(dir, kOnBus + std::vector<std::string>{"--usb-trace", dir.file("usb.trace")}, {"-s", "001:004"});
     EXPECT_EQ(bus.out, "HomeNet\n");
     std::istringstream trace(dir.read("usb.trace"));
     std::string kinds;  // first letters: out, in, discarded
@@ -77,7 +79,8 @@ TEST(LibUsbRoute, ShortAnswerEndsAfterOneFurtherTenSecondWait)
     ASSERT_TRUE(kinds == "oidddddd" || kinds == "oiddddd" || kinds == "oidddd") << kinds;
     std::vector<long long> quiet(waitedMs.begin() + 3, waitedMs.end());
     std::sort(quiet.begin(), quiet.end());
-    EXPECT_GE(waitedMs[2], 5 * quiet[quiet.size() / 2]) << "the first wait is the ten-second one, the others one second";
+    EXPECT_GE(waitedMs[2], 5 * quiet[quiet.size() / 2])
+        << "the first wait is the ten-second one, the others one second";
 }
 
 // A raw request of 100 bytes: a settings request with an 87-character SSID.
@@ -119,19 +122,17 @@ TEST_P(Opening, ClaimsThePrinterAndWritesInPacketsOrReportsTheFailure)
 
 INSTANTIATE_TEST_SUITE_P(
     Devices, Opening,
-    ::testing::Values(OpenCase{"packet30", kOnBus + std::vector<std::string>{"--usb-packet", "30"}, "001:004",
-                               "30,30,30,10"},
-                      // The first interface announces 8-byte packets; the claimed one 64.
-                      OpenCase{"secondInterfaceClaimed", kOnBus + std::vector<std::string>{"--usb-layout", "second-claims"},
-                               "001:004", "64,36"},
-                      // Without a bulk IN endpoint the packet size stays 32, and no answer can be read.
-                      OpenCase{"noBulkIn", kOnBus + std::vector<std::string>{"--usb-layout", "no-bulk-in", "--speed", "50"},
-                               "001:004", "32,32,32,4", 0},
-                      OpenCase{"leadingZerosDoNotCount", {"--usb", "3:7"}, "0003:7", "64,36"},
-                      OpenCase{"noPrinterInterface", kOnBus + std::vector<std::string>{"--usb-layout", "no-printer"},
-                               "001:004", ""},
-                      OpenCase{"noSuchDevice", kOnBus, "001:005", ""},
-                      OpenCase{"noSuchBus", kOnBus, "002:004", ""}),
+    ::testing::Values(
+        OpenCase{"packet30", kOnBus + std::vector<std::string>{"--usb-packet", "30"}, "001:004", "30,30,30,10"},
+        // The first interface announces 8-byte packets; the claimed one 64.
+        OpenCase{"secondInterfaceClaimed", kOnBus + std::vector<std::string>{"--usb-layout", "second-claims"},
+                 "001:004", "64,36"},
+        // Without a bulk IN endpoint the packet size stays 32, and no answer can be read.
+        OpenCase{"noBulkIn", kOnBus + std::vector<std::string>{"--usb-layout", "no-bulk-in", "--speed", "50"},
+                 "001:004", "32,32,32,4", 0},
+        OpenCase{"leadingZerosDoNotCount", {"--usb", "3:7"}, "0003:7", "64,36"},
+        OpenCase{"noPrinterInterface", kOnBus + std::vector<std::string>{"--usb-layout", "no-printer"}, "001:004", ""},
+        OpenCase{"noSuchDevice", kOnBus, "001:005", ""}, OpenCase{"noSuchBus", kOnBus, "002:004", ""}),
     [](const ::testing::TestParamInfo<OpenCase>& info) { return std::string(info.param.name); });
 
 }  // namespace

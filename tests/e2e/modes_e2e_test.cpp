@@ -47,8 +47,8 @@ const std::vector<std::string> kBasicArgs = {"-c", "--ssid=HomeNet", "--security
 const Bytes kBasic = settings({mode(0), security(4), channel(6), ssid("HomeNet"), text(0x28, 0x11, "secret123")});
 const std::vector<std::string> kAdvancedArgs = {"-ca", "--ssid=HomeNet", "--security=WPA-PER", "--psk=secret123",
                                                 "--encryption=AES"};
-const Bytes kAdvanced = settings({text(0x28, 0x11, "secret123", false), number(0x28, 0x26, 4), mode(0), security(2),
-                                  channel(6), ssid("HomeNet")});
+const Bytes kAdvanced = settings(
+    {text(0x28, 0x11, "secret123", false), number(0x28, 0x26, 4), mode(0), security(2), channel(6), ssid("HomeNet")});
 // The default run sends the record's defaults: Managed, no security, channel 6, no SSID.
 const Bytes kDefaultSettings = settings({mode(0), security(0), channel(6)});
 const Bytes kReset = settings({item(0x06, 0x14, {0x01})});
@@ -108,6 +108,7 @@ TEST_P(Mode, SendsTheExpectedRequestsAndReportsTheAnswer)
 
 std::string caseName(const ::testing::TestParamInfo<ModeCase>& info) { return info.param.name; }
 
+// clang-format off
 INSTANTIATE_TEST_SUITE_P(
     Answering, Mode,
     ::testing::Values(
@@ -132,9 +133,11 @@ INSTANTIATE_TEST_SUITE_P(
                  {envelope(settings({mode(0), security(2), channel(6), ssid("x"), text(0x28, 0x11, "s3cret")}))},
                  "npa data going: 2Please provide the password:\n\n", 0, {}, 1, "s3cret\n"}),
     caseName);
+// clang-format on
 
 // Each entry of the mode table: repeated once, in plain form, after the
 // refusal of its first (wrapped) request, or ("-r", "-a") never.
+// clang-format off
 INSTANTIATE_TEST_SUITE_P(
     RefusedEnvelope, Mode,
     ::testing::Values(
@@ -160,10 +163,12 @@ INSTANTIATE_TEST_SUITE_P(
                  {envelope(kDefaultSettings), kDefaultSettings, kReadConnection, kReadAddress},
                  kDefaultRunHead + "npa data going: 0" + kAddressLine + "192.168.1.57\n", 0}),
     caseName);
+// clang-format on
 
 // A settings answer that does not end in 0x01: result 1, no repeat. A
 // silent printer: the settings and the status read end with their own
 // result (the attempts of each poll are the unit tests' part).
+// clang-format off
 INSTANTIATE_TEST_SUITE_P(
     RejectedOrSilent, Mode,
     ::testing::Values(
@@ -174,6 +179,7 @@ INSTANTIATE_TEST_SUITE_P(
         ModeCase{"silentAuthStatus", {"-802s"}, kSilent, "", {envelope(kReadAuthStatus), kReadAuthStatus}, "", 255,
                  "D [CVL] Auth status response (0 bytes)\n", 2}),
     caseName);
+// clang-format on
 
 }  // namespace
 }  // namespace e2e

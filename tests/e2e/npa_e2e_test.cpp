@@ -43,22 +43,25 @@ TEST_P(Npa, SendsTheFileUnchangedAndDumpsWhatTheFrameRulesKeep)
     SimRun run = runNpa(c.simOptions, c.request);
     ASSERT_FALSE(run.timedOut);
     EXPECT_EQ(run.status, 0) << run.err;
-    EXPECT_TRUE(sameText("npaFileData: (" + std::to_string(2 * request.size()) + " bytes) " + toHex(request) + "\n",
-                         run.out));
+    EXPECT_TRUE(
+        sameText("npaFileData: (" + std::to_string(2 * request.size()) + " bytes) " + toHex(request) + "\n", run.out));
     ASSERT_EQ(run.log.size(), 1u);
     EXPECT_TRUE(sameBytes(request, bytesFromHex(logValue(run.log[0], "raw"))));
     // The trace dumps both, 16 bytes a line ("%02X " each, then "|" and the text).
     const std::string requestDump = request.size() > 16 ? c.request.substr(0, 47) + " |" : c.request + " |";
     EXPECT_NE(run.err.find("D [CVL] NPA data: " + std::to_string(request.size()) + " bytes\n" + requestDump),
-              std::string::npos) << run.err;
+              std::string::npos)
+        << run.err;
     EXPECT_NE(run.err.find("D [CVL] sendNPA response (" + std::to_string(kept.size()) + " bytes)\n" +
                            (kept.empty() ? "" : c.kept + " |")),
-              std::string::npos) << run.err;
+              std::string::npos)
+        << run.err;
 }
 
 // The real device node, its waits, the answers corvelsim gives and the frame
 // rules: noise before the start byte skipped, split packets joined, a packet
 // flagged bit 7 ending or dropped, a packet cut short dropped.
+// clang-format off
 INSTANTIATE_TEST_SUITE_P(
     Answers, Npa,
     ::testing::Values(
@@ -75,6 +78,7 @@ INSTANTIATE_TEST_SUITE_P(
         NpaCase{"settingsRejected", {"--fault", "reject-settings"}, "A5 00 0A 50 E0 DA 01 06 14 00 00 01 01",
                 "E0 DA 01 00"}),
     [](const ::testing::TestParamInfo<NpaCase>& info) { return info.param.name; });
+// clang-format on
 
 TEST(NpaDevice, MissingNodeIsReportedAndFurtherNodesAreServed)
 {

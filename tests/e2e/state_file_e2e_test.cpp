@@ -57,6 +57,7 @@ TEST(StateFile, RefusesWhatIsNotItsOwnAndLeavesItUntouched)
 {
     SimDir dir;
     const std::string overBound = kHeader + std::string(size_t(1 << 20) + 1 - kHeader.size(), '#');
+    // clang-format off
     const struct { const char* name; std::string content; const char* reason; } files[] = {
         {"notes", "Shopping: milk, eggs\njoined=1\n28/08=\"x\\0\"\n", "not a corvelsim state file"},
         {"newer", "# corvelsim state v3\njoined=1\n", "newer corvelsim"},
@@ -64,16 +65,19 @@ TEST(StateFile, RefusesWhatIsNotItsOwnAndLeavesItUntouched)
         {"overBound", overBound, "larger than 1048576 bytes"},
         {"target", kHeader + "joined=0\n", ""},
     };
+    // clang-format on
     for (const auto& f : files) dir.write(f.name, f.content);
     ASSERT_EQ(symlink(dir.file("target").c_str(), dir.file("link").c_str()), 0);
     ASSERT_EQ(mkfifo(dir.file("fifo").c_str(), 0600), 0);
     ASSERT_EQ(mkdir(dir.file("folder").c_str(), 0700), 0);
+    // clang-format off
     const struct { std::string path; const char* reason; } cases[] = {
         {dir.file("notes"), files[0].reason}, {dir.file("newer"), files[1].reason},
         {dir.file("badLine"), files[2].reason}, {dir.file("overBound"), files[3].reason},
         {dir.file("link"), "a symbolic link"}, {dir.file("fifo"), "a FIFO"},
         {dir.file("folder"), "a directory"}, {"/dev/zero", "a character device"},
     };
+    // clang-format on
     for (const auto& c : cases) {
         const struct stat before = lstatOf(c.path);
         auto start = std::chrono::steady_clock::now();
@@ -100,7 +104,8 @@ TEST(StateFile, ConcurrentRunsKeepEachOthersSettingsWrittenPrivatelyOnlyOnAChang
         return runSim(first, {"--speed", "1"},
                       {"/bin/sh", "-c",
                        std::string(PRINTER_CLIENT_PATH) + " /dev/usb/lp0 " + setText(0x2A, 0x02, "alice") +
-                           " && sleep 0.4 && " + PRINTER_CLIENT_PATH + " /dev/usb/lp0 " + setText(0x28, 0x08, "LabNet")});
+                           " && sleep 0.4 && " + PRINTER_CLIENT_PATH + " /dev/usb/lp0 " +
+                           setText(0x28, 0x08, "LabNet")});
     });
     auto runB = std::async(std::launch::async, [&] {
         return runSim(second, {"--speed", "1", "--state", shared},
@@ -114,7 +119,8 @@ TEST(StateFile, ConcurrentRunsKeepEachOthersSettingsWrittenPrivatelyOnlyOnAChang
     ASSERT_EQ(b.status, 0) << b.err;
     const std::string state = first.read("state.txt");
     EXPECT_EQ(state.rfind(kHeader, 0), 0u) << state;
-    for (const char* line : {"2A/02=\"alice\\0\"", "28/08=\"LabNet\\0\"", "2A/03=\"secret\\0\"", "2A/0A=\"printer-7\\0\""})
+    for (const char* line :
+         {"2A/02=\"alice\\0\"", "28/08=\"LabNet\\0\"", "2A/03=\"secret\\0\"", "2A/0A=\"printer-7\\0\""})
         EXPECT_TRUE(holds(state, line)) << line << " lost in:\n" << state;
     const struct stat before = lstatOf(shared);
     EXPECT_EQ(before.st_mode & 07777, 0600u);

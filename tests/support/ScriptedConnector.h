@@ -58,8 +58,7 @@ public:
         const size_t take = std::min(static_cast<size_t>(length), bytes.size());
         bytes.copy(reinterpret_cast<char*>(buffer), take);
         bytes.erase(0, take);
-        if (bytes.empty())
-            m_Pending.pop_front();
+        if (bytes.empty()) m_Pending.pop_front();
         return static_cast<int32_t>(take);
     }
     int queryDevice(uint8_t*, int32_t) override { return 0; }
@@ -72,10 +71,8 @@ public:
     IoStatus waitReadable(int32_t timeLimit) override
     {
         const long long limit = 1000LL * timeLimit;
-        if (m_Printer.idleWait == IoStatus::Failed)
-            return IoStatus::Failed;
-        if (m_Printer.hungUp)
-            return IoStatus::DataReady;
+        if (m_Printer.idleWait == IoStatus::Failed) return IoStatus::Failed;
+        if (m_Printer.hungUp) return IoStatus::DataReady;
         if (!m_Pending.empty() && m_Pending.front().atMicroseconds <= m_Clock.microseconds + limit) {
             m_Clock.microseconds = std::max(m_Clock.microseconds, m_Pending.front().atMicroseconds);
             return IoStatus::DataReady;

@@ -40,6 +40,7 @@ protected:
 // seconds passed without a new byte; earliest and latest fake-clock times.
 TEST_F(TransportTest, ReadCollectsPiecesUntilCompleteOrQuiet)
 {
+    // clang-format off
     const struct {
         const char* name;
         std::deque<Arrival> script;
@@ -56,6 +57,7 @@ TEST_F(TransportTest, ReadCollectsPiecesUntilCompleteOrQuiet)
         {"wait error", {{0, "abc"}, {1 * kSecond, "never"}}, 8, "abc", 0, 0, IoStatus::Failed},
         {"readable but empty", {}, 8, "", 5 * kSecond, 6 * kSecond, IoStatus::DataReady},
     };
+    // clang-format on
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
         m_Clock.microseconds = 0;

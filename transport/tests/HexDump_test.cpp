@@ -15,7 +15,8 @@ TEST(HexDumpTest, SixteenBytesALinePaddedOnlyWhenWiderThanTheLine)
         std::string expected;
     } cases[] = {
         {"ABCDEFGHIJKLMNOPQRST", "41 42 43 44 45 46 47 48 49 4A 4B 4C 4D 4E 4F 50 |ABCDEFGHIJKLMNOP\n"
-                                 "51 52 53 54 " + std::string(36, ' ') + "|QRST\n"},
+                                 "51 52 53 54 " +
+                                     std::string(36, ' ') + "|QRST\n"},
         {std::string("\x00\x1F\x20\x7E\x7F\xA5", 6), "00 1F 20 7E 7F A5 |.. ~..\n"},
         {"", ""},
     };
@@ -33,7 +34,7 @@ TEST(HexToBytesTest, PairsOfDigitsOrNothingOnABadCharacter)
         std::vector<uint8_t> bytes;
         const char* message;
     } cases[] = {
-        {"09aF5", {0x09, 0xAF}, ""},  // the unpaired last digit is dropped
+        {"09aF5", {0x09, 0xAF}, ""},                  // the unpaired last digit is dropped
         {"a5g0", {}, "not valid Hex char?! '47'\n"},  // reported upper-cased: 'G'
         {"12z", {}, "not valid Hex char?! '5A'\n"},   // even in the unpaired last place
     };

@@ -76,6 +76,7 @@ private:
 // The bound of three tries applies to tries in a row: progress starts the count again.
 TEST(LibUsbWrite, SendsPiecesOfThePacketSizeWithinTheTryBound)
 {
+    // clang-format off
     const struct {
         const char* name;
         std::deque<int> results;  // what each bulk write returns
@@ -91,6 +92,7 @@ TEST(LibUsbWrite, SendsPiecesOfThePacketSizeWithinTheTryBound)
         {"stall", {64, kStalled}, 64, {64, 36}, IoStatus::Unavailable, 0},
         {"error", {-5}, 0, {64}, IoStatus::Failed, 0},
     };
+    // clang-format on
     std::string request(100, '\0');
     for (size_t i = 0; i < request.size(); ++i) request[i] = char(i);
     for (const auto& c : cases) {

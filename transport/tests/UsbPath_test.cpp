@@ -21,11 +21,11 @@ TEST(UsbPathTest, ReadsBothShapesAndRefusesTheRest)
     } cases[] = {
         {"/dev/usb/lp0", Shape::DeviceNode, 0, 0},
         {"/dev/usb/lp4294967298", Shape::DeviceNode, INT_MAX, 0},  // must not wrap into 0..16
-        {"/dev/usb/usblp7/lp3", Shape::DeviceNode, 7, 0},      // "usblp" wins over "/lp"
-        {"/dev/usbx", Shape::Invalid, 0, 0},                   // a node path without a printer number
-        {"1:2:3", Shape::BusDevice, 1, 2},                     // the first colon splits
+        {"/dev/usb/usblp7/lp3", Shape::DeviceNode, 7, 0},          // "usblp" wins over "/lp"
+        {"/dev/usbx", Shape::Invalid, 0, 0},                       // a node path without a printer number
+        {"1:2:3", Shape::BusDevice, 1, 2},                         // the first colon splits
         {"123456789:987654321", Shape::BusDevice, 123456789, 987654321},
-        {"1234567890:1", Shape::Invalid, 0, 0},                // more than 9 characters a side
+        {"1234567890:1", Shape::Invalid, 0, 0},  // more than 9 characters a side
         {"", Shape::Invalid, 0, 0},
     };
     for (const auto& c : cases) {
@@ -49,11 +49,9 @@ TEST(ConnectorPathTest, NodePathFromPrefixAndNumber)
         int number;
         std::string path;
     } cases[] = {
-        {"/dev/usb/lp", 0, "/dev/usb/lp0"},
-        {"/dev/usb/lp", 16, "/dev/usb/lp16"},
-        {"/dev/usb/lp", 17, ""},
-        {prefix62.c_str(), 9, prefix62 + "9"},
-        {prefix62.c_str(), 10, ""},  // would not fit the 64-character buffer whole
+        {"/dev/usb/lp", 0, "/dev/usb/lp0"},    {"/dev/usb/lp", 16, "/dev/usb/lp16"}, {"/dev/usb/lp", 17, ""},
+        {prefix62.c_str(), 9, prefix62 + "9"}, {prefix62.c_str(), 10, ""},  // would not fit the 64-character buffer
+                                                                            // whole
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(std::to_string(c.number));

@@ -27,6 +27,7 @@ ObjStoreResponse responseOf(const std::string& xml)
 
 TEST(ObjStoreResponse, StatusCodeAndMessage)
 {
+    // clang-format off
     const struct {
         std::string xml;
         int code;
@@ -38,6 +39,7 @@ TEST(ObjStoreResponse, StatusCodeAndMessage)
         {answer(status("99999999999999999999")), INT_MAX, ""},
         {answer(status("3") + status("4")), 3, ""},
     };
+    // clang-format on
     for (const auto& c : cases) {
         const ObjStoreResponse response = responseOf(c.xml);
         EXPECT_EQ(response.getStatusCode(), c.code) << c.xml;
@@ -50,7 +52,8 @@ TEST(ObjStoreResponse, FieldsOnlyWithStatusTextExactlyOne)
     const std::string fields =
         stringChild("x509_O", "Acme &amp; Co") + stringChild("x509_OU", "Lab") + stringChild("x509_C", "DE") +
         stringChild("x509_ST", "Berlin") + stringChild("x509_L", "Mitte") + stringChild("x509_CN", "printer") +
-        stringChild("x509_AN", "alt") + stringChild("ca_file_name", "ca.pem") + stringChild("ca_common_name", "Root CA") +
+        stringChild("x509_AN", "alt") + stringChild("ca_file_name", "ca.pem") +
+        stringChild("ca_common_name", "Root CA") +
         xmlChild("cert_list", "ListElem", "<StringElem>n1</StringElem><StringElem>n2</StringElem>");
     for (const char* code : {"1", "01", "1 "}) {
         const bool open = std::string(code) == "1";
@@ -62,9 +65,11 @@ TEST(ObjStoreResponse, FieldsOnlyWithStatusTextExactlyOne)
         std::vector<std::string> certs = {"old"}, cas = {"old"};
         response.getCertList(certs);
         response.getCAList(cas);
-        const std::vector<std::string> names = open ? std::vector<std::string>{"n1", "n2"} : std::vector<std::string>{"old"};
+        const std::vector<std::string> names =
+            open ? std::vector<std::string>{"n1", "n2"} : std::vector<std::string>{"old"};
         EXPECT_EQ(s[0] + s[1] + s[2] + s[3] + s[4] + s[5] + s[6],
-                  open ? "Acme & CoLabDEBerlinMitteprinteralt" : "ooucstlcnan") << code;
+                  open ? "Acme & CoLabDEBerlinMitteprinteralt" : "ooucstlcnan")
+            << code;
         EXPECT_EQ(file + "|" + path + "|" + name, open ? "ca.pem||Root CA" : "f|p|n") << code;
         EXPECT_EQ(certs, names) << code;
         EXPECT_EQ(cas, names) << code;
@@ -73,10 +78,12 @@ TEST(ObjStoreResponse, FieldsOnlyWithStatusTextExactlyOne)
 
 TEST(ObjStoreResponse, ListStopsAtTheFirstEmptyNameAndAtNine)
 {
+    // clang-format off
     const struct {
         std::vector<std::string> items;
         size_t expected;
     } cases[] = {{{"a", "", "c"}, 1}, {{"1", "2", "3", "4", "5", "6", "7", "8", "9", "10"}, 9}};
+    // clang-format on
     for (const auto& c : cases) {
         std::vector<std::string> names = {"stale"};
         responseOf(listAnswerXml(c.items)).getCertList(names);
@@ -92,10 +99,11 @@ TEST(ObjStoreResponse, CSRFileDecodesIntoCapacityAndFriendlyName)
     EXPECT_EQ(response.getCSRFile(buffer, 10), 10);
     EXPECT_EQ(std::string(reinterpret_cast<char*>(buffer), 10), "-----BEGIN");
     EXPECT_EQ(response.getCSRFile(buffer, 9), 0);
-    EXPECT_EQ(responseOf(answer(status("2") + xmlChild("cert_dot_csr_file", "BinaryElem", "QQ=="))).getCSRFile(buffer, 16), 0);
+    EXPECT_EQ(
+        responseOf(answer(status("2") + xmlChild("cert_dot_csr_file", "BinaryElem", "QQ=="))).getCSRFile(buffer, 16),
+        0);
 
-    EXPECT_EQ(responseOf(answer(stringChild("cert_friendly_name", "  wifi cert "))).getFriendlyName(),
-              "wifi cert ");
+    EXPECT_EQ(responseOf(answer(stringChild("cert_friendly_name", "  wifi cert "))).getFriendlyName(), "wifi cert ");
 }
 
 }  // namespace
