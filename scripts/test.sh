@@ -3,8 +3,9 @@
 # are errors, and the unit and end-to-end tests run under AddressSanitizer +
 # UndefinedBehaviorSanitizer (a Debug build: it compiles in half the time of an
 # optimized one; the demo builds optimized with warnings as errors). The fuzz
-# targets (clang) build on one core while the tests run, since the end-to-end
-# tests mostly wait; then each target gets a short fuzzing run.
+# targets (clang) and the Debian packages build at low priority while the tests
+# run, since the end-to-end tests mostly wait; then each fuzz target gets a
+# short run and the packages are checked.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 scripts/setup.sh
@@ -27,12 +28,12 @@ cmake --build "$build" -j"$(nproc)"
 
 fuzz_build_log=$(mktemp)
 trap 'rm -f "$fuzz_build_log"' EXIT
-FUZZ_BUILD_ONLY=1 FUZZ_BUILD_JOBS=1 scripts/fuzz.sh >"$fuzz_build_log" 2>&1 &
+FUZZ_BUILD_ONLY=1 nice scripts/fuzz.sh >"$fuzz_build_log" 2>&1 &
 fuzz_build=$!
 
-# >>> package test (scripts/package-test.sh): the Debian packages, built optimized on one core at low
-# priority beside the tests in their own build directory; waited for at the end.
-PACKAGE_BUILD_JOBS=1 nice scripts/package-test.sh build/package >build/package-test.log 2>&1 &
+# >>> package test (scripts/package-test.sh): the Debian packages, built optimized at low priority beside
+# the tests in their own build directory; waited for at the end.
+nice scripts/package-test.sh build/package >build/package-test.log 2>&1 &
 package_test=$!
 # <<< package test
 
@@ -48,7 +49,7 @@ if ! wait "$fuzz_build"; then
   exit 1
 fi
 echo "== fuzz smoke runs"
-scripts/fuzz.sh "${FUZZ_SECONDS:-5}"
+scripts/fuzz.sh "${FUZZ_SECONDS:-3}"
 
 # >>> package test
 if ! wait "$package_test"; then
