@@ -38,7 +38,7 @@ const char* friendlyNameOrDefault(const char* given)
 
 // Writes the method's error line with the status code, then the printer's
 // status message; returns -1.
-int reportFailure(const ObjStoreResponse& response, const char* errorLine, const char* messageLine = "D [CVL] %s\n")
+int reportFailure(const ObjStoreResponse& response, const char* errorLine, const char* messageLine)
 {
     std::fprintf(stderr, errorLine, response.getStatusCode());
     std::fprintf(stderr, messageLine, response.getStatusMessage().c_str());
@@ -110,15 +110,21 @@ bool CertMgr::exchange(const char* request, int timeLimitSeconds, ObjStoreRespon
     return true;
 }
 
+int CertMgr::call(const char* request, int timeLimitSeconds, ObjStoreResponse& response, const char* errorLine,
+                  const char* messageLine)
+{
+    if (!exchange(request, timeLimitSeconds, response)) return -1;
+    return response.getStatusCode() == 1 ? 0 : reportFailure(response, errorLine, messageLine);
+}
+
 int CertMgr::deleteCACert(const std::string& caName)
 {
     char request[kRequest];
     ObjStoreResponse response;
-    if (!formatRequest(request, sizeof request, "deleteIndividualCA", kDeleteIndividualCA, caName.c_str()) ||
-        !exchange(request, kTimeLimitSeconds, response)) {
+    if (!formatRequest(request, sizeof request, "deleteIndividualCA", kDeleteIndividualCA, caName.c_str())) {
         return -1;
     }
-    return response.getStatusCode() == 1 ? 0 : reportFailure(response, "D [CVL] Delete CA cert error %d\n");
+    return call(request, kTimeLimitSeconds, response, "D [CVL] Delete CA cert error %d\n");
 }
 
 int CertMgr::deleteSignedCert(const char* friendlyName)
@@ -127,11 +133,10 @@ int CertMgr::deleteSignedCert(const char* friendlyName)
     char request[kRequest];
     ObjStoreResponse response;
     if (name == nullptr ||
-        !formatRequest(request, sizeof request, "deleteIndividualCert", kDeleteIndividualCert, name) ||
-        !exchange(request, kTimeLimitSeconds, response)) {
+        !formatRequest(request, sizeof request, "deleteIndividualCert", kDeleteIndividualCert, name)) {
         return -1;
     }
-    return response.getStatusCode() == 1 ? 0 : reportFailure(response, "D [CVL] Delete signed cert error %d\n");
+    return call(request, kTimeLimitSeconds, response, "D [CVL] Delete signed cert error %d\n");
 }
 
 int CertMgr::getCertRequestDefaults(std::string& org, std::string& unit, std::string& country, std::string& state,
@@ -142,7 +147,7 @@ int CertMgr::getCertRequestDefaults(std::string& org, std::string& unit, std::st
         return -1;
     }
     if (response.getCertDefaults(org, unit, country, state, city, common, altname) != 1) {
-        return reportFailure(response, "D [CVL] Get cert request defaults error %d\n");
+        return reportFailure(response, "D [CVL] Get cert request defaults error %d\n", "D [CVL] %s\n");
     }
     return 0;
 }
@@ -156,13 +161,11 @@ int CertMgr::installSignedCert(const std::string& path, const char* friendlyName
     const EncodedFile file(path);
     std::vector<char> request(kFileRequest, 0);
     ObjStoreResponse response;
-    if (file.size <= 0 ||
-        !formatRequest(request.data(), request.size(), "uploadSignedCertFile", kUploadSignedCertFile, name, file.size,
-                       file.text.data()) ||
-        !exchange(request.data(), kTimeLimitSeconds, response)) {
+    if (file.size <= 0 || !formatRequest(request.data(), request.size(), "uploadSignedCertFile", kUploadSignedCertFile,
+                                         name, file.size, file.text.data())) {
         return -1;
     }
-    return response.getStatusCode() == 1 ? 0 : reportFailure(response, "D [CVL] Install Signed Cert error %d\n");
+    return call(request.data(), kTimeLimitSeconds, response, "D [CVL] Install Signed Cert error %d\n");
 }
 
 int CertMgr::getCAInfo(const std::string& caName, std::string& fileName, std::string& pemPath, std::string& commonName)
@@ -170,11 +173,8 @@ int CertMgr::getCAInfo(const std::string& caName, std::string& fileName, std::st
     char request[kSmallRequest];
     ObjStoreResponse response;
     if (!formatRequest(request, sizeof request, "queryCAInfo", kQueryCAInfo, caName.c_str()) ||
-        !exchange(request, kTimeLimitSeconds, response)) {
+        call(request, kTimeLimitSeconds, response, "D [CVL] getCAInfo error %d\n") != 0) {
         return -1;
-    }
-    if (response.getStatusCode() != 1) {
-        return reportFailure(response, "D [CVL] getCAInfo error %d\n");
     }
     response.getCAFileInfo(fileName, pemPath, commonName);
     return 0;
@@ -183,11 +183,8 @@ int CertMgr::getCAInfo(const std::string& caName, std::string& fileName, std::st
 int CertMgr::getFriendlyNameList(std::vector<std::string>& names)
 {
     ObjStoreResponse response;
-    if (!exchange(kQueryCertList, kTimeLimitSeconds, response)) {
+    if (call(kQueryCertList, kTimeLimitSeconds, response, "D [CVL] Error getting list of friendly names %d\n") != 0) {
         return -1;
-    }
-    if (response.getStatusCode() != 1) {
-        return reportFailure(response, "D [CVL] Error getting list of friendly names %d\n");
     }
     response.getCertList(names);
     std::fprintf(stderr, "D [CVL] List of friendly names (%d):\n", static_cast<int>(names.size()));
@@ -200,11 +197,8 @@ int CertMgr::getFriendlyNameList(std::vector<std::string>& names)
 int CertMgr::getCACommonNameList(std::vector<std::string>& names)
 {
     ObjStoreResponse response;
-    if (!exchange(kQueryCAList, kTimeLimitSeconds, response)) {
+    if (call(kQueryCAList, kTimeLimitSeconds, response, "D [CVL] getCACommonNameList error %d\n") != 0) {
         return -1;
-    }
-    if (response.getStatusCode() != 1) {
-        return reportFailure(response, "D [CVL] getCACommonNameList error %d\n");
     }
     response.getCAList(names);
     return 0;
@@ -246,10 +240,7 @@ int CertMgr::installCACert(const std::string& path)
     }
     removeExistingCA(path);
     ObjStoreResponse response;
-    if (!exchange(request.data(), kTimeLimitSeconds, response)) {
-        return -1;
-    }
-    return response.getStatusCode() == 1 ? 0 : reportFailure(response, "D [CVL] Install CA Cert error %d\n");
+    return call(request.data(), kTimeLimitSeconds, response, "D [CVL] Install CA Cert error %d\n");
 }
 
 int CertMgr::saveCertRequest(const std::string& outputPath, const char* friendlyName)
@@ -257,12 +248,12 @@ int CertMgr::saveCertRequest(const std::string& outputPath, const char* friendly
     const char* name = friendlyNameOrDefault(friendlyName);
     char request[kRequest];
     ObjStoreResponse response;
-    if (name == nullptr || !formatRequest(request, sizeof request, "exportPubKey", kExportPubKey, name) ||
-        !exchange(request, kSlowTimeLimitSeconds, response)) {
+    if (name == nullptr || !formatRequest(request, sizeof request, "exportPubKey", kExportPubKey, name)) {
         return -1;
     }
-    if (response.getStatusCode() != 1) {
-        return reportFailure(response, "D [CVL] Save Cert Request error %d\n\n", "D [CVL] %s\n\n");
+    const char* const errorLine = "D [CVL] Save Cert Request error %d\n\n";
+    if (call(request, kSlowTimeLimitSeconds, response, errorLine, "D [CVL] %s\n\n") != 0) {
+        return -1;
     }
     std::vector<uint8_t> csr(kFileBufferSize, 0);
     const int length = response.getCSRFile(csr.data(), kFileBufferSize);
@@ -286,10 +277,7 @@ int CertMgr::createCertRequest(const std::string& org, const std::string& unit, 
     // there is none the printer says so and the request still follows.
     deleteSignedCert(name);
     ObjStoreResponse response;
-    if (!exchange(request, kSlowTimeLimitSeconds, response)) {
-        return -1;
-    }
-    return response.getStatusCode() == 1 ? 0 : reportFailure(response, "D [CVL] Create Certificate Request error %d\n");
+    return call(request, kSlowTimeLimitSeconds, response, "D [CVL] Create Certificate Request error %d\n");
 }
 
 std::string CertMgr::escapeXml(const char* text)

@@ -68,6 +68,11 @@ private:
     // Sends the request and gives the answer's text to `response`; false
     // when no answer came (the exchange has said why).
     bool exchange(const char* request, int timeLimitSeconds, ObjStoreResponse& response);
+    // The exchange judged by its status code: 0 when it is 1; -1 when no
+    // answer came, or after writing `errorLine` (with the code) and
+    // `messageLine` (with the printer's message) when it is another.
+    int call(const char* request, int timeLimitSeconds, ObjStoreResponse& response, const char* errorLine,
+             const char* messageLine = "D [CVL] %s\n");
 
     std::unique_ptr<NPAChannel> npaChannel;
 };
