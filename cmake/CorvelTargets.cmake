@@ -34,13 +34,29 @@ function(corvel_executable)
 endfunction()
 
 # corvel_unit_tests(NAME <exe> SOURCES <files...> LIBS <libs...>): one
-# GoogleTest program whose cases CTest runs one by one.
+# GoogleTest program, one CTest test: its cases take milliseconds, and a
+# process of their own each would cost more than the cases themselves.
 function(corvel_unit_tests)
   cmake_parse_arguments(ARG "" "NAME" "SOURCES;LIBS" ${ARGN})
   if(NOT BUILD_TESTING)
     return()
   endif()
   corvel_executable(NAME ${ARG_NAME} SOURCES ${ARG_SOURCES}
-                    DEPS ${ARG_LIBS} corvel_test_support GTest::gtest GTest::gmock GTest::gtest_main)
-  gtest_discover_tests(${ARG_NAME} DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 120)
+                    DEPS ${ARG_LIBS} corvel_test_support GTest::gtest GTest::gtest_main)
+  corvel_precompiled_gtest(${ARG_NAME})
+  add_test(NAME ${ARG_NAME} COMMAND ${ARG_NAME} --gtest_brief=1)
+  set_tests_properties(${ARG_NAME} PROPERTIES TIMEOUT 120)
+endfunction()
+
+# corvel_precompiled_gtest(<target>): GoogleTest's header takes longer to
+# compile than most test files, so the first test program precompiles it and
+# every later one reuses that (all are built with the same flags).
+function(corvel_precompiled_gtest target)
+  get_property(first GLOBAL PROPERTY CORVEL_GTEST_PCH_TARGET)
+  if(first)
+    target_precompile_headers(${target} REUSE_FROM ${first})
+  else()
+    target_precompile_headers(${target} PRIVATE <gtest/gtest.h>)
+    set_property(GLOBAL PROPERTY CORVEL_GTEST_PCH_TARGET ${target})
+  endif()
 endfunction()

@@ -28,6 +28,10 @@ bool hasAddress(const std::vector<uint8_t>& answer, int32_t got, int32_t)
     return false;
 }
 
+bool endsInZero(const std::vector<uint8_t>& answer, int32_t got, int32_t) { return endsWith(answer, got, 0x00); }
+bool endsInDash(const std::vector<uint8_t>& answer, int32_t got, int32_t) { return endsWith(answer, got, 0x2D); }
+bool endsInOne(const std::vector<uint8_t>& answer, int32_t got, int32_t) { return endsWith(answer, got, 0x01); }
+
 // The value of a read answer starts after the repeated request and its 2-byte length.
 bool hasTextValue(const std::vector<uint8_t>&, int32_t got, int32_t requestLength)
 {
@@ -65,9 +69,7 @@ int NPAChannel::pollUntilSeen(const uint8_t* request, int32_t length, const Poll
 
 int NPAChannel::pollConnection(const uint8_t* request, int32_t length)
 {
-    static const PollRule rule{
-        255, 2, 4, 0, true, [](const std::vector<uint8_t>& a, int32_t got, int32_t) {
-                                   return endsWith(a, got, 0x00); }};
+    static const PollRule rule{255, 2, 4, 0, true, endsInZero};
     std::vector<uint8_t> answer;
     int32_t got = 0;
     switch (poll(request, length, rule, answer, got)) {
@@ -83,19 +85,13 @@ int NPAChannel::pollConnection(const uint8_t* request, int32_t length)
 
 int NPAChannel::pollDeviceState(const uint8_t* request, int32_t length)
 {
-    static const PollRule rule{
-        255, 0,     6,
-        10,  false, [](const std::vector<uint8_t>& a, int32_t got, int32_t) {
-                                   return endsWith(a, got, 0x2D); }};
+    static const PollRule rule{255, 0, 6, 10, false, endsInDash};
     return pollUntilSeen(request, length, rule);
 }
 
 int NPAChannel::pollReset(const uint8_t* request, int32_t length)
 {
-    static const PollRule rule{
-        255, 5,     2,
-        50,  false, [](const std::vector<uint8_t>& a, int32_t got, int32_t) {
-                                   return endsWith(a, got, 0x01); }};
+    static const PollRule rule{255, 5, 2, 50, false, endsInOne};
     return pollUntilSeen(request, length, rule);
 }
 
