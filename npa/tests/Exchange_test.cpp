@@ -10,9 +10,10 @@ namespace {
 const std::vector<uint8_t> kRequest = bytesFromHex("A5 00 06 50 E0 D8 00 28 15");
 
 struct ChannelUnderTest {
-    ScopedFakeClock clock;
-    FakeCommTransport transport;
-    NPAChannel channel{"/dev/usb/lp3", transport};
+    ScopedScriptedPrinter scripted;
+    ScriptedPrinter& printer = scripted.printer;
+    FakeClock& clock = scripted.fake.clock;
+    NPAChannel channel{"/dev/usb/lp3"};
 };
 
 TEST(ExchangeNPA, CollectsThePacketContents)
@@ -31,15 +32,15 @@ TEST(ExchangeNPA, CollectsThePacketContents)
     // clang-format on
     for (const auto& c : cases) {
         ChannelUnderTest t;
-        t.transport.addAnswer(c.answer);
+        t.printer.addAnswer(c.answer);
         std::vector<uint8_t> answer{0x99};  // earlier contents are replaced
         const int32_t count = t.channel.exchangeNPA(kRequest.data(), 9, answer, 10);
         EXPECT_EQ(hexOf(answer), c.expected) << c.name;
         EXPECT_EQ(count, static_cast<int32_t>(answer.size())) << c.name;
-        EXPECT_EQ(t.clock.clock.sleeps, std::vector<unsigned>{2}) << c.name;
-        EXPECT_EQ(t.transport.writes, std::vector<std::vector<uint8_t>>{kRequest}) << c.name;
-        EXPECT_EQ(t.transport.closes, 1) << c.name;
-        EXPECT_LE(t.clock.clock.now() - t.clock.clock.start, 2 + 10 + 5) << c.name;
+        EXPECT_EQ(t.clock.sleeps, std::vector<unsigned>{2}) << c.name;
+        EXPECT_EQ(t.printer.writes, std::vector<std::string>{std::string(kRequest.begin(), kRequest.end())}) << c.name;
+        EXPECT_EQ(std::count(t.printer.events.begin(), t.printer.events.end(), "close"), 1) << c.name;
+        EXPECT_LE(t.clock.now() - t.clock.start, 2 + 10 + 5) << c.name;
     }
 }
 
@@ -84,13 +85,13 @@ TEST(Exchanges, AttemptsWaitsAndJudgements)
     for (const auto& c : cases) {
         ChannelUnderTest t;
         for (const std::string& answer : c.answers) {
-            t.transport.addAnswer(answer);
+            t.printer.addAnswer(answer);
         }
         const Captured captured =
             captureOutput([&] { EXPECT_EQ((t.channel.*c.poll)(kRequest.data(), 9), c.result) << c.name; });
         EXPECT_EQ(captured.out, c.output) << c.name;
-        EXPECT_EQ(t.transport.writes.size(), c.attempts) << c.name;
-        EXPECT_EQ(t.clock.clock.sleeps, c.sleeps) << c.name;
+        EXPECT_EQ(t.printer.writes.size(), c.attempts) << c.name;
+        EXPECT_EQ(t.clock.sleeps, c.sleeps) << c.name;
     }
 }
 
