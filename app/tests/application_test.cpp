@@ -1,7 +1,7 @@
 // The run driver with the real configurator and certificate processor, over a
 // scripted printer behind the transport singleton and the fake clock: what
 // each command line puts on the wire, prints and exits with. The certificate
-// commands and a printer unplugged during the run are played end to end.
+// commands are played end to end.
 #include <gtest/gtest.h>
 
 #include <cerrno>
@@ -149,6 +149,32 @@ TEST_F(RunDriver, UsageWithoutArgumentsAndForDashH)
     EXPECT_NE(bare.out.find("USAGE:"), std::string::npos);
     EXPECT_EQ(help.out, bare.out);
     EXPECT_TRUE(printer.paths.empty());
+}
+
+// A printer whose node fails with EIO ends the run at its first read: one
+// line, no request sent again, no fixed wait beyond the first exchange's, and
+// the status the mode gives a printer that does not answer at all.
+TEST_F(RunDriver, PrinterGoneEndsTheRunAtOnce)
+{
+    const std::vector<std::string> commands[] = {
+        {"-c", "--ssid=net"}, {"-s"}, {"-t"}, {"-r"}, {"-802s"}, {"-cer"}, {"--ssid=net"}, {"-rcerdefs"}};
+    for (const auto& args : commands) {
+        SCOPED_TRACE(args[0]);
+        script({});
+        const int silentStatus = run(args).status;
+        script({});
+        scripted.printer.hungUp = true;
+        clock.microseconds = 0;
+        const RunResult result = run(args);
+        EXPECT_EQ(result.status, silentStatus);
+        EXPECT_EQ(printer.writes.size(), 1u);
+        EXPECT_LE(clock.now() - clock.start, 5);
+        const std::string gone = "D [CVL] The printer is gone (Input/output error): no further requests are sent.\n";
+        const size_t at = result.err.find(gone);
+        EXPECT_NE(at, std::string::npos);
+        EXPECT_EQ(result.err.find(gone, at + 1), std::string::npos);
+        EXPECT_EQ(result.err.find("Failed to open"), std::string::npos);
+    }
 }
 
 // With standard output closed by the caller, the next open (the printer's

@@ -1,6 +1,7 @@
 // The certificate-manager client over a scripted printer: the request each
 // method sends (byte for byte), how answers are unwrapped and judged, and the
 // lines written when the printer says no.
+#include <cstdio>
 #include <functional>
 #include <memory>
 
@@ -30,8 +31,17 @@ std::string map(const std::string& children) { return "<MapElem>" + children + "
 // The friendly name the program gives its own certificate.
 const std::string kHelperName = stringChild("cert_friendly_name", "CorvelRadioHelper");
 
-// The request text follows the 28 bytes of the two packet headers.
-std::string textOf(const std::string& request) { return request.size() < 28 ? "" : request.substr(28); }
+// The request text follows the fixed opening packet and its own packet's header.
+std::string textOf(const std::string& request)
+{
+    const size_t length = request.size() - 22;  // after the second packet's length field
+    char head[96];
+    std::snprintf(head, sizeof head,
+                  "A5 00 10 80 3C C3 3C C3 21 DE 3C C3 22 DD 01 FE 24 DB 5D A5 %02zX %02zX 50 E0 C0 03 00 01",
+                  length >> 8, length & 0xFF);
+    EXPECT_EQ(hexOf(request.substr(0, 28)), head);
+    return request.substr(28);
+}
 
 struct ClientUnderTest {
     ScopedScriptedPrinter scripted;

@@ -1,8 +1,8 @@
 // The certificate manager's own rules: the 802.1x status table, the names CA
-// certificates are listed by, and answers that never carry a byte the utility
-// would drop. Runs of the utility prove the ordinary paths: the README walk
-// installs the certificate of the generated key, the install refusals one for
-// a stranger's key, and the fault options each change an answer as they say.
+// certificates are listed by, which signed certificates are accepted, and
+// answers that never carry a byte the utility would drop. Runs of the utility
+// prove the ordinary paths and that the certificate manager's fault options
+// change an answer as they say.
 #include <gtest/gtest.h>
 
 #include <pugixml.hpp>
@@ -71,6 +71,37 @@ TEST(CertStore, ListsCAsByCommonNameAndValidity)
     EXPECT_EQ(store.installCA("x.pem", "-----BEGIN CERTIFICATE-----\nAAAA\n-----END CERTIFICATE-----\n").code,
               kCertRefused);
     EXPECT_TRUE(store.cas.empty());
+}
+
+TEST(CertStore, AcceptsOnlyTheCertificateOfThePendingKey)
+{
+    CertStore store;
+    ASSERT_EQ(store.generate("Radio", {"A&B", "", "DE", "", "", "printer-1", "printer-1.lab"}).code, kCertOk);
+    ASSERT_EQ(store.generate("Other", {}).code, kCertOk);
+    const std::string& requestPem = store.pendingKey("Radio")->requestPem;
+    BIO* bio = BIO_new_mem_buf(requestPem.data(), int(requestPem.size()));
+    X509_REQ* request = PEM_read_bio_X509_REQ(bio, nullptr, nullptr, nullptr);
+    BIO_free(bio);
+    ASSERT_NE(request, nullptr);
+    EVP_PKEY* requestKey = X509_REQ_get_pubkey(request);
+    const std::string forRadio = selfSignedPem({{"CN", "printer-1"}}, "20240101000000Z", "20990101000000Z", requestKey);
+    EVP_PKEY_free(requestKey);
+    X509_REQ_free(request);
+
+    CertResult refused =
+        store.installSigned("Radio", selfSignedPem({{"CN", "x"}}, "20240101000000Z", "20990101000000Z"));
+    EXPECT_EQ(refused.code, kCertRefused);
+    EXPECT_NE(refused.message.find("does not match"), std::string::npos) << refused.message;
+    EXPECT_EQ(store.installSigned("Other", forRadio).code, kCertRefused) << "another name's key";
+    EXPECT_EQ(store.installSigned("Nobody", forRadio).code, kCertNotFound);
+    EXPECT_EQ(store.installSigned("Radio", "not a certificate").code, kCertRefused);
+    EXPECT_TRUE(store.signedCerts.empty());
+
+    EXPECT_EQ(store.installSigned("Radio", forRadio).code, kCertOk);
+    ASSERT_NE(store.activeCert(), nullptr);
+    EXPECT_EQ(store.activeCert()->friendlyName, "Radio");
+    EXPECT_EQ(store.pendingKey("Radio"), nullptr) << "the key moved to the certificate";
+    EXPECT_EQ(validityNow(store.activeCert()->certPem), Validity::Valid);
 }
 
 TEST(CertManager, AnswersInAsciiWhateverTheTextHolds)

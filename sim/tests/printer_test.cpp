@@ -1,11 +1,11 @@
 // The simulated printer's parts that runs of the utility cannot reach:
-// malformed requests and a damaged state file (the libusb runs cut requests
-// into packets of several sizes; the npa runs play every way an answer can
-// travel).
+// malformed requests, the exact bytes of some faults, a damaged state file
+// (the libusb runs cut requests into packets of several sizes).
 #include <gtest/gtest.h>
 
 #include <algorithm>
 
+#include "sim/Faults.h"
 #include "sim/NpaPacket.h"
 #include "sim/PrinterState.h"
 #include "sim/Responder.h"
@@ -79,6 +79,26 @@ TEST(DecodePacket, TellsRequestsApartAndNamesWhatIsWrong)
         Request request = decodePacket(hex(c.packet));
         EXPECT_EQ(request.kind, c.kind) << c.packet;
         EXPECT_EQ(request.problem, c.problem) << c.packet;
+    }
+}
+
+// The exact bytes of the faults whose effect runs of the utility cannot
+// measure (silence, bit 7 and a late answer are played end to end).
+TEST(Faults, ChangeOnlyHowTheAnswerTravels)
+{
+    const Bytes answer = makePacket(0x50, {0xE0, 0xD8, 0x00, 0x28, 0x08, 0x00, 0x00});
+    // clang-format off
+    const struct { const char* fault; const char* sent; } cases[] = {
+        {"noise=3", "00FF5A" "A5000850E0D80028080000"},
+        {"split", "A5000470E0D800" "A5000550280800" "00"},
+        {"truncate=2", "A5000A50E0D80028080000"},
+    };
+    // clang-format on
+    std::string error;
+    for (const auto& c : cases) {
+        FaultSet faults;
+        ASSERT_TRUE(addFault(faults, c.fault, error)) << error;
+        EXPECT_EQ(toHex(deliver(answer, faults).bytes), c.sent) << c.fault;
     }
 }
 

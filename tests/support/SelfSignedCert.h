@@ -1,4 +1,4 @@
-// A self-signed certificate made on the spot with OpenSSL, in PEM form.
+// A certificate made on the spot with OpenSSL, in PEM form.
 #pragma once
 
 #include <openssl/evp.h>
@@ -12,8 +12,10 @@
 using SubjectFields = std::vector<std::pair<const char*, std::string>>;
 
 // The subject `fields` in order; the validity texts are set as given, even
-// when invalid (UTCTime when 13 long, else GeneralizedTime).
-inline std::string selfSignedPem(const SubjectFields& fields, const std::string& notBefore, const std::string& notAfter)
+// when invalid (UTCTime when 13 long, else GeneralizedTime). It certifies
+// `publicKey` when given, else the fresh key it is signed with.
+inline std::string selfSignedPem(const SubjectFields& fields, const std::string& notBefore, const std::string& notAfter,
+                                 EVP_PKEY* publicKey = nullptr)
 {
     EVP_PKEY* key = EVP_EC_gen("P-256");
     X509* cert = X509_new();
@@ -30,7 +32,7 @@ inline std::string selfSignedPem(const SubjectFields& fields, const std::string&
         ASN1_STRING_set(time, text.c_str(), static_cast<int>(text.size()));
         time->type = text.size() == 13 ? V_ASN1_UTCTIME : V_ASN1_GENERALIZEDTIME;
     }
-    X509_set_pubkey(cert, key);
+    X509_set_pubkey(cert, publicKey != nullptr ? publicKey : key);
     X509_sign(cert, key, EVP_sha256());
     BIO* bio = BIO_new(BIO_s_mem());
     PEM_write_bio_X509(bio, cert);
