@@ -121,13 +121,15 @@ TEST_F(RunDriver, RequestsResultsAndPlainRetries)
 }
 
 // The raw packet's answer is collected for ten seconds after the 2-second
-// wait; a silent printer lets five seconds pass per read.
+// wait; a silent printer lets five seconds pass per read. The node is closed
+// after the exchange, not left open until the end.
 TEST_F(RunDriver, RawPacketAnswerIsAwaitedTenSeconds)
 {
     run({"-npa"});
     const std::time_t waited = clock.now() - clock.start;
     EXPECT_GE(waited, 2 + 10);
     EXPECT_LT(waited, 2 + 10 + 5);
+    EXPECT_EQ(printer.events, (Lines{"open", "close", "destroyed"}));
 }
 
 // With -file the settings file fills the record and the options are ignored;
