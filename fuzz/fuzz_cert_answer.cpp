@@ -10,8 +10,7 @@
 
 #include "cert/CertMgr.h"
 #include "npa/NPAChannel.h"
-#include "tests/support/FakeClock.h"
-#include "tests/support/FakeCommTransport.h"
+#include "tests/support/ScriptedConnector.h"
 
 namespace {
 
@@ -26,11 +25,10 @@ bool isResult(int result) { return result == 0 || result == -1; }
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
 {
-    ScopedFakeClock clock;
-    FakeCommTransport transport;
+    ScopedScriptedPrinter scripted;
     const std::vector<uint8_t> answer(data, data + size);
-    for (int i = 0; i < 12; ++i) transport.addAnswer(answer);
-    CertMgr client(std::make_unique<NPAChannel>("/dev/usb/lp0", transport));
+    for (int i = 0; i < 12; ++i) scripted.printer.addAnswer(answer);
+    CertMgr client(std::make_unique<NPAChannel>("/dev/usb/lp0"));
 
     std::string s[7];
     check(isResult(client.getCertRequestDefaults(s[0], s[1], s[2], s[3], s[4], s[5], s[6])));
@@ -43,6 +41,6 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     check(isResult(client.saveCertRequest("/dev/null")));
     check(isResult(client.createCertRequest("o", "u", "c", "s", "l", "cn", "an")));
     // Every exchange is bounded by its time limit, however the bytes arrive.
-    check(clock.clock.microseconds < 8LL * 60 * 1000000);
+    check(scripted.fake.clock.microseconds < 8LL * 60 * 1000000);
     return 0;
 }

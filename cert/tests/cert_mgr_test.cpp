@@ -1,6 +1,7 @@
 // The certificate-manager client over a scripted printer: the request each
 // method sends (byte for byte), how answers are unwrapped and judged, and the
 // lines written when the printer says no.
+#include <cstdio>
 #include <functional>
 #include <memory>
 
@@ -11,8 +12,7 @@
 #include "npa/NPAChannel.h"
 #include "tests/support/CaptureOutput.h"
 #include "tests/support/CertAnswers.h"
-#include "tests/support/FakeClock.h"
-#include "tests/support/FakeCommTransport.h"
+#include "tests/support/ScriptedConnector.h"
 #include "tests/support/TempFile.h"
 
 namespace {
@@ -31,22 +31,28 @@ std::string map(const std::string& children) { return "<MapElem>" + children + "
 // The friendly name the program gives its own certificate.
 const std::string kHelperName = stringChild("cert_friendly_name", "CorvelRadioHelper");
 
-// The request text follows the 28 bytes of the two packet headers.
-std::string textOf(const std::vector<uint8_t>& request)
+// The request text follows the fixed opening packet and its own packet's header.
+std::string textOf(const std::string& request)
 {
-    return request.size() < 28 ? "" : std::string(request.begin() + 28, request.end());
+    const size_t length = request.size() - 22;  // after the second packet's length field
+    char head[96];
+    std::snprintf(head, sizeof head,
+                  "A5 00 10 80 3C C3 3C C3 21 DE 3C C3 22 DD 01 FE 24 DB 5D A5 %02zX %02zX 50 E0 C0 03 00 01",
+                  length >> 8, length & 0xFF);
+    EXPECT_EQ(hexOf(request.substr(0, 28)), head);
+    return request.substr(28);
 }
 
 struct ClientUnderTest {
-    ScopedFakeClock clock;
-    FakeCommTransport transport;
-    CertMgr client{std::make_unique<NPAChannel>("/dev/usb/lp0", transport)};
+    ScopedScriptedPrinter scripted;
+    ScriptedPrinter& printer = scripted.printer;
+    CertMgr client{std::make_unique<NPAChannel>("/dev/usb/lp0")};
 
-    void answer(const std::string& xml) { transport.addAnswer(answerPacket(xml)); }
+    void answer(const std::string& xml) { printer.addAnswer(answerPacket(xml)); }
     std::vector<std::string> sentTexts() const
     {
         std::vector<std::string> texts;
-        for (const auto& request : transport.writes) texts.push_back(textOf(request));
+        for (const auto& request : printer.writes) texts.push_back(textOf(request));
         return texts;
     }
 };
@@ -96,14 +102,6 @@ TEST(CertMgr, EachMethodSendsItsRequestTextInTheTwoPacketFrame)
                                 stringChild("x509_ST", "BY");
     EXPECT_EQ(t.sentTexts(), (std::vector<std::string>{call("deleteIndividualCert", 510, map(kHelperName)),
                                                        call("generateNewCert", 200, map(subject))}));
-}
-
-TEST(CertMgr, RequestPacketHasTheFixedPreambleAndTheTextLength)
-{
-    const std::vector<uint8_t> packet = certreq::buildRequestPacket(certreq::kQueryCertList);
-    ASSERT_EQ(packet.size(), 268u);
-    EXPECT_EQ(hexOf(std::vector<uint8_t>(packet.begin(), packet.begin() + 28)),
-              "A5 00 10 80 3C C3 3C C3 21 DE 3C C3 22 DD 01 FE 24 DB 5D A5 00 F6 50 E0 C0 03 00 01");
 }
 
 TEST(CertMgr, UploadsCarryFileNameSizeAndBase64)
@@ -159,7 +157,7 @@ TEST(CertMgr, FailuresWriteTheErrorLineAndThePrintersMessage)
 {
     ClientUnderTest t;
     t.answer(answerXml(7, stringChild("status_mesg", "no such CA")));
-    t.transport.addAnswer(answerPacket(answerXml(1), "E0C0030001"));  // envelope cut short
+    t.printer.addAnswer(answerPacket(answerXml(1), "E0C0030001"));  // envelope cut short
     std::vector<std::string> names = {"kept1", "kept2"};
     const Captured captured = captureOutput([&] {
         EXPECT_EQ(t.client.deleteCACert("X"), -1);
@@ -185,8 +183,8 @@ TEST(CertMgr, RequestMustFitItsBufferWithItsTerminator)
         EXPECT_EQ(t.client.deleteCACert(std::string(2746, 'n')), -1);  // 3072 characters: no room for the zero
         EXPECT_EQ(t.client.deleteCACert(std::string(2745, 'n')), 0);
     });
-    ASSERT_EQ(t.transport.writes.size(), 1u);
-    EXPECT_EQ(textOf(t.transport.writes[0]).size(), 3071u);
+    ASSERT_EQ(t.printer.writes.size(), 1u);
+    EXPECT_EQ(textOf(t.printer.writes[0]).size(), 3071u);
     EXPECT_EQ(captured.err, "D [CVL] The deleteIndividualCA request does not fit its 3072-byte buffer!\n");
 }
 

@@ -1,59 +1,19 @@
 // The CA name derived from a PEM certificate, on certificates made here with
 // OpenSSL, and the date pieces it is built from.
-#include <openssl/evp.h>
-#include <openssl/pem.h>
-#include <openssl/x509.h>
-#include <unistd.h>
-
-#include <cstdio>
 #include <string>
-#include <utility>
-#include <vector>
 
 #include <gtest/gtest.h>
 
 #include "cert/CertMgr.h"
 #include "tests/support/CaptureOutput.h"
+#include "tests/support/SelfSignedCert.h"
+#include "tests/support/TempFile.h"
 
 namespace {
 
-using Fields = std::vector<std::pair<const char*, std::string>>;
-
-// Writes a self-signed certificate with the subject `fields` and the raw
-// validity texts (UTCTime when 13 long, else GeneralizedTime) to a temporary
-// file; returns its path.
-std::string writeCertificate(const Fields& fields, const std::string& notBefore, const std::string& notAfter)
-{
-    EVP_PKEY* key = EVP_EC_gen("P-256");
-    X509* cert = X509_new();
-    X509_set_version(cert, 2);
-    X509_NAME* name = X509_get_subject_name(cert);
-    for (const auto& [field, value] : fields) {
-        // A plain string type, not MBSTRING_*: no length limit on the common name.
-        X509_NAME_add_entry_by_txt(name, field, V_ASN1_UTF8STRING,
-                                   reinterpret_cast<const unsigned char*>(value.c_str()), -1, -1, 0);
-    }
-    X509_set_issuer_name(cert, name);
-    for (auto [time, text] :
-         {std::make_pair(X509_getm_notBefore(cert), notBefore), std::make_pair(X509_getm_notAfter(cert), notAfter)}) {
-        ASN1_STRING_set(time, text.c_str(), static_cast<int>(text.size()));  // as given, even when invalid
-        time->type = text.size() == 13 ? V_ASN1_UTCTIME : V_ASN1_GENERALIZEDTIME;
-    }
-    X509_set_pubkey(cert, key);
-    X509_sign(cert, key, EVP_sha256());
-    char path[] = "/tmp/pem-subject-XXXXXX";
-    const int fd = mkstemp(path);
-    FILE* file = fdopen(fd, "w");
-    PEM_write_X509(file, cert);
-    std::fclose(file);
-    X509_free(cert);
-    EVP_PKEY_free(key);
-    return path;
-}
-
 struct Case {
     const char* name;
-    Fields fields;
+    SubjectFields fields;
     std::string notBefore, notAfter;
     int result;
     std::string commonName, caName;
@@ -77,12 +37,11 @@ TEST(PemSubject, CommonNameAndValidityMakeTheCAName)
     };
     // clang-format on
     for (const Case& c : cases) {
-        const std::string path = writeCertificate(c.fields, c.notBefore, c.notAfter);
+        const TempFile pem(selfSignedPem(c.fields, c.notBefore, c.notAfter));
         std::string commonName = "", caName = "";
-        EXPECT_EQ(CertMgr::readPemSubject(path, commonName, caName), c.result) << c.name;
+        EXPECT_EQ(CertMgr::readPemSubject(pem.path, commonName, caName), c.result) << c.name;
         EXPECT_EQ(commonName, c.commonName) << c.name;
         EXPECT_EQ(caName, c.caName) << c.name;
-        unlink(path.c_str());
     }
 }
 

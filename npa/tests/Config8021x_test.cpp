@@ -4,6 +4,8 @@
 // end), and the 802.1x queries.
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include "npa/tests/NpaTestSupport.h"
 #include "tests/support/CertAnswers.h"
 
@@ -12,13 +14,15 @@ namespace {
 const char* const kAccepted = "A5 00 04 50 E0 DA 01 01";
 const char* const kStatusAnswer = "A5 00 09 50 E0 D8 00 2A 1D 00 01 02";
 
-bool isCertificateCall(const std::vector<uint8_t>& request) { return request.size() > 3 && request[3] == 0x80; }
+bool isCertificateCall(const std::string& request) { return request.size() > 3 && request[3] == '\x80'; }
 
-TEST(Config8021x, ValidateFlagFollowsThePrintersCertificateLists)
+// The validate flag item of the 802.1x request; static WEP keys follow the
+// 802.1x items, and the SSID comes before the channel in the second request.
+TEST(Config8021x, ValidateFlagFollowsThePrintersCertificateListsThenTheItemsInOrder)
 {
     const struct {
         const char* name;
-        std::vector<std::string> answers;  // the certificate manager's, in order ("" silent)
+        std::vector<std::string> answers;  // the certificate manager's, in order
         int flag;
     } cases[] = {
         {"one friendly name, no CA", {answerPacket(listAnswerXml({"a"})), answerPacket(listAnswerXml({}))}, 0},
@@ -28,46 +32,33 @@ TEST(Config8021x, ValidateFlagFollowsThePrintersCertificateLists)
     for (const auto& c : cases) {
         ConfigDetails details;
         details.security = "802.1x";
+        details.encryption = "WEP-STATIC";
+        details.authInner = "PAP";
+        details.user8021x = "alice";
+        details.pwd8021x = "pw";
         details.ssid = "net";
         ConfiguratorUnderTest t(details);
         t.configurator.setPassThrough(false);
-        for (const std::string& answer : c.answers) t.transport.addAnswer(answer);
-        t.transport.addAnswer(kAccepted);
-        t.transport.addAnswer(kAccepted);
-        t.transport.addAnswer(kStatusAnswer);
+        for (const std::string& answer : c.answers) t.printer.addAnswer(answer);
+        t.printer.addAnswer(kAccepted);
+        t.printer.addAnswer(kAccepted);
+        t.printer.addAnswer(kStatusAnswer);
         const Captured captured = captureOutput([&] { EXPECT_EQ(t.configurator.advancedConfig(), 0) << c.name; });
 
-        ASSERT_EQ(t.transport.writes.size(), c.answers.size() + 3) << c.name;
-        for (size_t i = 0; i < c.answers.size(); ++i) EXPECT_TRUE(isCertificateCall(t.transport.writes[i])) << c.name;
-        const std::vector<uint8_t>& options = t.transport.writes[c.answers.size()];
-        EXPECT_EQ(options.back(), c.flag) << c.name;
+        const auto& writes = t.printer.writes;
+        ASSERT_EQ(writes.size(), c.answers.size() + 3) << c.name;
+        for (size_t i = 0; i < c.answers.size(); ++i) EXPECT_TRUE(isCertificateCall(writes[i])) << c.name;
+        const std::string& options = writes[c.answers.size()];
+        const std::vector<std::string> items = settingsItems(options);
+        EXPECT_NE(std::find(items.begin(), items.end(), "2A 24 00 00 01 0" + std::to_string(c.flag)), items.end());
         EXPECT_NE(captured.err.find("D [CVL] Validate certificate? " + std::to_string(c.flag) + "\n"),
                   std::string::npos)
             << c.name;
+        EXPECT_EQ(itemKeys(options),
+                  "28/26 2A/14 2A/15 2A/16 2A/17 2A/18 2A/19 2A/1A 2A/02 2A/03 2A/24 28/09 28/0B 28/0D 28/0F 28/1F");
+        EXPECT_EQ(itemKeys(writes[c.answers.size() + 1]), "28/02 28/22 28/08 28/05");
+        EXPECT_EQ(hexOf(writes.back()), "A5 00 06 50 E0 D8 00 2A 1D");
     }
-}
-
-TEST(Config8021x, StaticWEPKeysFollowThe8021xItemsAndSSIDComesBeforeChannel)
-{
-    ConfigDetails details;
-    details.security = "802.1x";
-    details.encryption = "WEP-STATIC";
-    details.authInner = "PAP";
-    details.user8021x = "alice";
-    details.pwd8021x = "pw";
-    details.ssid = "net";
-    ConfiguratorUnderTest t(details);
-    t.configurator.setPassThrough(false);
-    t.transport.addAnswer(answerPacket(listAnswerXml({"a", "b"})));
-    t.transport.addAnswer(kAccepted);
-    t.transport.addAnswer(kAccepted);
-    t.transport.addAnswer(kStatusAnswer);
-    captureOutput([&] { EXPECT_EQ(t.configurator.advancedConfig(), 0); });
-    ASSERT_EQ(t.transport.writes.size(), 4u);
-    EXPECT_EQ(itemKeys(t.transport.writes[1]),
-              "28/26 2A/14 2A/15 2A/16 2A/17 2A/18 2A/19 2A/1A 2A/02 2A/03 2A/24 28/09 28/0B 28/0D 28/0F 28/1F");
-    EXPECT_EQ(itemKeys(t.transport.writes[2]), "28/02 28/22 28/08 28/05");
-    EXPECT_EQ(hexOf(t.transport.writes[3]), "A5 00 06 50 E0 D8 00 2A 1D");
 }
 
 // The 802.1x queries search the collected answer for the inner read answer;
@@ -109,10 +100,10 @@ TEST(Queries, ReportTheValueFoundInsideTheAnswer)
         if (!answer.empty()) {
             answer[2] = static_cast<uint8_t>(answer.size() - 3);  // the envelope's frame length
         }
-        t.transport.addAnswer(answer);
+        t.printer.addAnswer(answer);
         const Captured captured = captureOutput([&] { EXPECT_EQ((t.configurator.*c.query)(), c.result) << c.answer; });
         // 2 s after the request, then reads for 3 s; a silent read lets 5 s pass.
-        EXPECT_LT(t.clock.clock.now() - t.clock.clock.start, 2 + 3 + 5 + 5 * (c.query == &Q::queryCertSettings));
+        EXPECT_LT(t.clock.now() - t.clock.start, 2 + 3 + 5 + 5 * (c.query == &Q::queryCertSettings));
         const bool valueShown = captured.err.find("Status:") != std::string::npos ||
                                 captured.err.find("Organization (") != std::string::npos;
         EXPECT_EQ(valueShown, c.line != nullptr) << c.answer << "\n" << captured.err;

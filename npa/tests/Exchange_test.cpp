@@ -1,6 +1,6 @@
-// The channel's exchanges: collecting framed answers within the time limit
-// (noise, split frames, bit 7 and cut packets are played end to end),
-// and the attempts, pauses and judgements of the settings and polled exchanges.
+// The attempts, pauses and judgements of the settings and polled exchanges.
+// Collecting framed answers within the time limit is played end to end (noise,
+// split frames, bit 7 and cut packets) and by the run driver's raw packet.
 #include <gtest/gtest.h>
 
 #include "npa/tests/NpaTestSupport.h"
@@ -10,38 +10,11 @@ namespace {
 const std::vector<uint8_t> kRequest = bytesFromHex("A5 00 06 50 E0 D8 00 28 15");
 
 struct ChannelUnderTest {
-    ScopedFakeClock clock;
-    FakeCommTransport transport;
-    NPAChannel channel{"/dev/usb/lp3", transport};
+    ScopedScriptedPrinter scripted;
+    ScriptedPrinter& printer = scripted.printer;
+    FakeClock& clock = scripted.fake.clock;
+    NPAChannel channel{"/dev/usb/lp3"};
 };
-
-TEST(ExchangeNPA, CollectsThePacketContents)
-{
-    // clang-format off
-    const struct {
-        const char* name;
-        const char* answer;
-        const char* expected;
-    } cases[] = {
-        {"bit 5: a further packet", "A5 00 03 20 AA BB A5 00 02 00 CC A5 00 02 00 DD", "AA BB CC"},
-        // These end only by the time limit (10 s); a missing limit hangs here.
-        {"announced packet never comes", "A5 00 02 20 42", "42"},
-        {"silent printer", "", ""},
-    };
-    // clang-format on
-    for (const auto& c : cases) {
-        ChannelUnderTest t;
-        t.transport.addAnswer(c.answer);
-        std::vector<uint8_t> answer{0x99};  // earlier contents are replaced
-        const int32_t count = t.channel.exchangeNPA(kRequest.data(), 9, answer, 10);
-        EXPECT_EQ(hexOf(answer), c.expected) << c.name;
-        EXPECT_EQ(count, static_cast<int32_t>(answer.size())) << c.name;
-        EXPECT_EQ(t.clock.clock.sleeps, std::vector<unsigned>{2}) << c.name;
-        EXPECT_EQ(t.transport.writes, std::vector<std::vector<uint8_t>>{kRequest}) << c.name;
-        EXPECT_EQ(t.transport.closes, 1) << c.name;
-        EXPECT_LE(t.clock.clock.now() - t.clock.clock.start, 2 + 10 + 5) << c.name;
-    }
-}
 
 TEST(Exchanges, AttemptsWaitsAndJudgements)
 {
@@ -84,13 +57,13 @@ TEST(Exchanges, AttemptsWaitsAndJudgements)
     for (const auto& c : cases) {
         ChannelUnderTest t;
         for (const std::string& answer : c.answers) {
-            t.transport.addAnswer(answer);
+            t.printer.addAnswer(answer);
         }
         const Captured captured =
             captureOutput([&] { EXPECT_EQ((t.channel.*c.poll)(kRequest.data(), 9), c.result) << c.name; });
         EXPECT_EQ(captured.out, c.output) << c.name;
-        EXPECT_EQ(t.transport.writes.size(), c.attempts) << c.name;
-        EXPECT_EQ(t.clock.clock.sleeps, c.sleeps) << c.name;
+        EXPECT_EQ(t.printer.writes.size(), c.attempts) << c.name;
+        EXPECT_EQ(t.clock.sleeps, c.sleeps) << c.name;
     }
 }
 

@@ -1,4 +1,4 @@
-// Test doubles for the NPA code: a configurator on the scripted transport and
+// Test doubles for the NPA code: a configurator on the scripted printer and
 // output capture.
 #pragma once
 
@@ -9,15 +9,15 @@
 
 #include "npa/WirelessConfigurator.h"
 #include "tests/support/CaptureOutput.h"
-#include "tests/support/FakeClock.h"
-#include "tests/support/FakeCommTransport.h"
+#include "tests/support/ScriptedConnector.h"
 
 #include <gtest/gtest.h>
 
 // The items of a plain settings request in hex ("28 05 00 00 04 00 00 00 06"),
 // in order; none for another request. The items must fill the request exactly.
-inline std::vector<std::string> settingsItems(const std::vector<uint8_t>& request)
+inline std::vector<std::string> settingsItems(const std::string& text)
 {
+    const std::vector<uint8_t> request(text.begin(), text.end());
     std::vector<std::string> items;
     if (request.size() < 7 || request[4] != 0xE0 || request[5] != 0xDA) {
         return items;
@@ -33,7 +33,7 @@ inline std::vector<std::string> settingsItems(const std::vector<uint8_t>& reques
 }
 
 // "group/field" of every item of a plain settings request, in order.
-inline std::string itemKeys(const std::vector<uint8_t>& request)
+inline std::string itemKeys(const std::string& request)
 {
     std::string keys;
     for (const std::string& item : settingsItems(request)) {
@@ -42,18 +42,19 @@ inline std::string itemKeys(const std::vector<uint8_t>& request)
     return keys;
 }
 
-// A configurator on a fake transport and a fake clock; its password prompt
-// answers "typed" and counts the prompts.
+// A configurator on the scripted printer and the fake clock; its password
+// prompt answers "typed" and counts the prompts.
 struct ConfiguratorUnderTest {
     explicit ConfiguratorUnderTest(ConfigDetails details = ConfigDetails())
-        : config(std::move(details)), configurator(config, std::make_unique<NPAChannel>(config.usbPath, transport))
+        : config(std::move(details)), configurator(config, std::make_unique<NPAChannel>(config.usbPath))
     {
         configurator.setPasswordSource([this] { return ++passwordPrompts, std::string("typed"); });
     }
 
-    ScopedFakeClock clock;
+    ScopedScriptedPrinter scripted;
+    ScriptedPrinter& printer = scripted.printer;
+    FakeClock& clock = scripted.fake.clock;
     ConfigDetails config;
-    FakeCommTransport transport;
     WirelessConfigurator configurator;
     int passwordPrompts = 0;
 };

@@ -14,10 +14,10 @@ std::string textHex(char c, size_t n) { return hexOf(std::string(n, c)); }
 
 // The items of every settings request written whose hex starts with `key`
 // ("28 02"; "2A 1" for the fields 2A/10 to 2A/1F), in order.
-std::string itemsWithKey(const std::vector<std::vector<uint8_t>>& writes, const std::string& key)
+std::string itemsWithKey(const std::vector<std::string>& writes, const std::string& key)
 {
     std::string found;
-    for (const std::vector<uint8_t>& request : writes) {
+    for (const std::string& request : writes) {
         for (const std::string& item : settingsItems(request)) {
             if (item.compare(0, key.size(), key) == 0) {
                 found += (found.empty() ? "" : " ") + item;
@@ -75,7 +75,7 @@ TEST(SettingItems, BytesForEdgeValues)
         ConfiguratorUnderTest t(details);
         t.configurator.setPassThrough(false);
         captureOutput([&] { (t.configurator.*cases[row].sequence)(); });
-        EXPECT_EQ(itemsWithKey(t.transport.writes, cases[row].key), cases[row].item) << "row " << row;
+        EXPECT_EQ(itemsWithKey(t.printer.writes, cases[row].key), cases[row].item) << "row " << row;
     }
 }
 
@@ -96,7 +96,7 @@ TEST(SettingItems, ARequestTooLongForItsLengthFieldIsNotSent)
     ConfiguratorUnderTest t(details);
     t.configurator.setPassThrough(false);
     const Captured captured = captureOutput([&] { EXPECT_EQ(t.configurator.basicConfig(), -1); });
-    EXPECT_TRUE(t.transport.writes.empty());
+    EXPECT_TRUE(t.printer.writes.empty());
     EXPECT_NE(captured.err.find("D [CVL] Settings request too long (65574 bytes)!\n"), std::string::npos);
 }
 

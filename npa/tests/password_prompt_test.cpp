@@ -68,7 +68,8 @@ struct PtyPrompt {
         child = fork();
         if (child == 0) {
             alarm(10);
-            setpgid(0, 0);  // a group with its parent outside may be stopped
+            signal(SIGINT, SIG_DFL);  // as a shell starts it, even when the suite itself runs in the background
+            setpgid(0, 0);            // a group with its parent outside may be stopped
             rlimit noCore{0, 0};
             setrlimit(RLIMIT_CORE, &noCore);
             _exit(promptForPassword(slave, fdopen(dup(slave), "w")) == "after" ? 0 : 3);

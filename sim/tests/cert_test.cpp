@@ -1,19 +1,17 @@
 // The certificate manager's own rules: the 802.1x status table, the names CA
 // certificates are listed by, which signed certificates are accepted, and
 // answers that never carry a byte the utility would drop. Runs of the utility
-// (the README walk above all) prove the ordinary paths.
+// prove the ordinary paths and that the certificate manager's fault options
+// change an answer as they say.
 #include <gtest/gtest.h>
-#include <openssl/evp.h>
-#include <openssl/pem.h>
-#include <openssl/x509.h>
 
 #include <pugixml.hpp>
 
 #include "sim/AuthStatus.h"
 #include "sim/CertManager.h"
 #include "sim/CertStore.h"
-#include "sim/Faults.h"
 #include "sim/StateFile.h"
+#include "tests/support/SelfSignedCert.h"
 
 namespace corvelsim {
 namespace {
@@ -46,51 +44,11 @@ TEST(AuthStatus, FirstRuleThatAppliesDecides)
     }
 }
 
-// Certificates made here with OpenSSL.
-struct TestKey {
-    EVP_PKEY* key = EVP_EC_gen("P-256");
-    ~TestKey() { EVP_PKEY_free(key); }
-};
-
-std::string toPem(X509* cert)
-{
-    BIO* bio = BIO_new(BIO_s_mem());
-    PEM_write_bio_X509(bio, cert);
-    char* data = nullptr;
-    long size = BIO_get_mem_data(bio, &data);
-    std::string pem(data, size_t(size));
-    BIO_free(bio);
-    return pem;
-}
-
-// A certificate for `publicKey` with subject entries "/F=V" pairs, signed by `signer`.
-std::string makeCert(EVP_PKEY* publicKey, EVP_PKEY* signer,
-                     const std::vector<std::pair<const char*, const char*>>& subject, const char* notBefore,
-                     const char* notAfter)
-{
-    X509* cert = X509_new();
-    X509_set_version(cert, 2);
-    ASN1_INTEGER_set(X509_get_serialNumber(cert), 7);
-    X509_NAME* name = X509_get_subject_name(cert);
-    for (const auto& [field, value] : subject)
-        X509_NAME_add_entry_by_txt(name, field, MBSTRING_UTF8, reinterpret_cast<const unsigned char*>(value), -1, -1,
-                                   0);
-    X509_set_issuer_name(cert, name);
-    EXPECT_TRUE(ASN1_TIME_set_string(X509_getm_notBefore(cert), notBefore));
-    EXPECT_TRUE(ASN1_TIME_set_string(X509_getm_notAfter(cert), notAfter));
-    X509_set_pubkey(cert, publicKey);
-    X509_sign(cert, signer, EVP_sha256());
-    std::string pem = toPem(cert);
-    X509_free(cert);
-    return pem;
-}
-
 TEST(CertStore, ListsCAsByCommonNameAndValidity)
 {
-    TestKey key;
     // clang-format off
     const struct {
-        std::vector<std::pair<const char*, const char*>> subject;
+        SubjectFields subject;
         const char *notBefore, *notAfter, *name;
     } cases[] = {
         {{{"O", "Acme"}, {"CN", "Acme Root CA"}}, "100105000000Z", "20301231235959Z", "Acme Root CA_Jan__5_2010_To_Dec_31_2030"},
@@ -100,7 +58,7 @@ TEST(CertStore, ListsCAsByCommonNameAndValidity)
     // clang-format on
     for (const auto& c : cases) {
         CertStore store;
-        CertResult result = store.installCA("ca.pem", makeCert(key.key, key.key, c.subject, c.notBefore, c.notAfter));
+        CertResult result = store.installCA("ca.pem", selfSignedPem(c.subject, c.notBefore, c.notAfter));
         ASSERT_EQ(result.code, kCertOk) << result.message;
         EXPECT_EQ(store.cas.back().name, c.name);
         EXPECT_EQ(store.installCA("again.pem", store.cas.back().certPem).code, kCertRefused) << "listed already";
@@ -108,21 +66,11 @@ TEST(CertStore, ListsCAsByCommonNameAndValidity)
         EXPECT_EQ(store.removeCA(c.name).code, kCertNotFound);
     }
     CertStore store;
-    EXPECT_EQ(
-        store.installCA("o.pem", makeCert(key.key, key.key, {{"O", "No CN"}}, "20240301000000Z", "20250301000000Z"))
-            .code,
-        kCertRefused);
+    EXPECT_EQ(store.installCA("o.pem", selfSignedPem({{"O", "No CN"}}, "20240301000000Z", "20250301000000Z")).code,
+              kCertRefused);
     EXPECT_EQ(store.installCA("x.pem", "-----BEGIN CERTIFICATE-----\nAAAA\n-----END CERTIFICATE-----\n").code,
               kCertRefused);
     EXPECT_TRUE(store.cas.empty());
-}
-
-X509_REQ* readRequest(const std::string& pem)
-{
-    BIO* bio = BIO_new_mem_buf(pem.data(), int(pem.size()));
-    X509_REQ* request = PEM_read_bio_X509_REQ(bio, nullptr, nullptr, nullptr);
-    BIO_free(bio);
-    return request;
 }
 
 TEST(CertStore, AcceptsOnlyTheCertificateOfThePendingKey)
@@ -130,15 +78,18 @@ TEST(CertStore, AcceptsOnlyTheCertificateOfThePendingKey)
     CertStore store;
     ASSERT_EQ(store.generate("Radio", {"A&B", "", "DE", "", "", "printer-1", "printer-1.lab"}).code, kCertOk);
     ASSERT_EQ(store.generate("Other", {}).code, kCertOk);
-    X509_REQ* request = readRequest(store.pendingKey("Radio")->requestPem);
+    const std::string& requestPem = store.pendingKey("Radio")->requestPem;
+    BIO* bio = BIO_new_mem_buf(requestPem.data(), int(requestPem.size()));
+    X509_REQ* request = PEM_read_bio_X509_REQ(bio, nullptr, nullptr, nullptr);
+    BIO_free(bio);
     ASSERT_NE(request, nullptr);
     EVP_PKEY* requestKey = X509_REQ_get_pubkey(request);
+    const std::string forRadio = selfSignedPem({{"CN", "printer-1"}}, "20240101000000Z", "20990101000000Z", requestKey);
+    EVP_PKEY_free(requestKey);
+    X509_REQ_free(request);
 
-    TestKey ca, stranger;
-    const std::string forStranger = makeCert(stranger.key, ca.key, {{"CN", "x"}}, "20240101000000Z", "20990101000000Z");
-    const std::string forRadio =
-        makeCert(requestKey, ca.key, {{"O", "A&B"}, {"CN", "printer-1"}}, "20240101000000Z", "20990101000000Z");
-    CertResult refused = store.installSigned("Radio", forStranger);
+    CertResult refused =
+        store.installSigned("Radio", selfSignedPem({{"CN", "x"}}, "20240101000000Z", "20990101000000Z"));
     EXPECT_EQ(refused.code, kCertRefused);
     EXPECT_NE(refused.message.find("does not match"), std::string::npos) << refused.message;
     EXPECT_EQ(store.installSigned("Other", forRadio).code, kCertRefused) << "another name's key";
@@ -151,8 +102,6 @@ TEST(CertStore, AcceptsOnlyTheCertificateOfThePendingKey)
     EXPECT_EQ(store.activeCert()->friendlyName, "Radio");
     EXPECT_EQ(store.pendingKey("Radio"), nullptr) << "the key moved to the certificate";
     EXPECT_EQ(validityNow(store.activeCert()->certPem), Validity::Valid);
-    EVP_PKEY_free(requestKey);
-    X509_REQ_free(request);
 }
 
 TEST(CertManager, AnswersInAsciiWhateverTheTextHolds)
@@ -176,28 +125,6 @@ TEST(CertManager, AnswersInAsciiWhateverTheTextHolds)
     answer = CertManager(state).answer(call);
     EXPECT_EQ(answer.statusCode, kCertBadCall);
     EXPECT_NE(answer.xml.find("cert_friendly_name is missing"), std::string::npos) << answer.xml;
-}
-
-TEST(Faults, CertificateManagerFaults)
-{
-    FaultSet faults;
-    std::string error;
-    for (const char* good : {"cert-status=*:7", "cert-status=exportPubKey:-3:key: lost", "cert-e0=5"})
-        EXPECT_TRUE(addFault(faults, good, error)) << good << ": " << error;
-    for (const char* bad : {"cert-status=exportPubKey", "cert-status=export:2", "cert-status=*:x", "cert-e0=0",
-                            "cert-e0=65", "cert-silent=1"}) {
-        FaultSet refused;
-        EXPECT_FALSE(addFault(refused, bad, error)) << bad;
-    }
-    ASSERT_NE(certStatusFor(faults, "exportPubKey"), nullptr);
-    EXPECT_EQ(certStatusFor(faults, "exportPubKey")->code, -3);
-    EXPECT_EQ(certStatusFor(faults, "exportPubKey")->message, "key: lost");
-    EXPECT_EQ(certStatusFor(faults, "queryCAList")->code, 7);
-    EXPECT_EQ(faults.certE0Bytes, 5);
-    EXPECT_EQ(insertE0("abcdefgh", 3), "ab\xE0"
-                                       "cd\xE0"
-                                       "ef\xE0"
-                                       "gh");
 }
 
 }  // namespace

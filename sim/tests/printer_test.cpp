@@ -1,5 +1,5 @@
 // The simulated printer's parts that runs of the utility cannot reach:
-// malformed requests, the exact bytes of each fault, a damaged state file
+// malformed requests, the exact bytes of some faults, a damaged state file
 // (the libusb runs cut requests into packets of several sizes).
 #include <gtest/gtest.h>
 
@@ -82,18 +82,16 @@ TEST(DecodePacket, TellsRequestsApartAndNamesWhatIsWrong)
     }
 }
 
+// The exact bytes of the faults whose effect runs of the utility cannot
+// measure (silence, bit 7 and a late answer are played end to end).
 TEST(Faults, ChangeOnlyHowTheAnswerTravels)
 {
     const Bytes answer = makePacket(0x50, {0xE0, 0xD8, 0x00, 0x28, 0x08, 0x00, 0x00});
     // clang-format off
     const struct { const char* fault; const char* sent; } cases[] = {
-        {"silent", ""},
         {"noise=3", "00FF5A" "A5000850E0D80028080000"},
         {"split", "A5000470E0D800" "A5000550280800" "00"},
-        {"bit7", "A5000870E0D80028080000" "A5000480E0FFFF"},
-        {"bit7=instead", "A5000480E0FFFF"},
         {"truncate=2", "A5000A50E0D80028080000"},
-        {"late=20", "A5000850E0D80028080000"},
     };
     // clang-format on
     std::string error;
@@ -102,9 +100,6 @@ TEST(Faults, ChangeOnlyHowTheAnswerTravels)
         ASSERT_TRUE(addFault(faults, c.fault, error)) << error;
         EXPECT_EQ(toHex(deliver(answer, faults).bytes), c.sent) << c.fault;
     }
-    FaultSet faults;
-    for (const char* bad : {"late", "split=1", "noise=x", "bit7=before", "slow"})
-        EXPECT_FALSE(addFault(faults, bad, error)) << bad;
 }
 
 TEST(StateFile, RoundTripsEveryKindOfValueAndSkipsLinesItCannotRead)

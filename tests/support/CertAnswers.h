@@ -1,4 +1,4 @@
-// Answers of the printer's certificate manager, as the scripted transport
+// Answers of the printer's certificate manager, as the scripted printer
 // plays them: one packet holding the 7-byte envelope and the XML.
 #pragma once
 
@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "tests/support/FakeCommTransport.h"
+#include "tests/support/HexText.h"
 
 inline std::string xmlChild(const std::string& name, const std::string& element, const std::string& value)
 {

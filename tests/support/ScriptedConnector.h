@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "tests/support/FakeClock.h"
+#include "tests/support/HexText.h"
 #include "transport/HCUSBTransport.h"
 
 // Bytes that reach the host at a given time on the fake clock.
@@ -28,6 +29,13 @@ struct ScriptedPrinter {
     // (always "readable", never a byte), Failed makes every wait fail.
     IoStatus idleWait = IoStatus::TimedOut;
     bool hungUp = false;  // an unplugged printer: every read fails with EIO
+
+    // The next answer, all of it there at once.
+    void addAnswer(const std::string& hex) { addAnswer(bytesFromHex(hex)); }
+    void addAnswer(const std::vector<uint8_t>& bytes)
+    {
+        answers.push_back({{0, std::string(bytes.begin(), bytes.end())}});
+    }
 };
 
 class ScriptedConnector : public HCIOConnector {
