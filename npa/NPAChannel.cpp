@@ -54,28 +54,11 @@ PacketRead readPacket(CommTransport& transport, std::vector<uint8_t>& answer)
 
 }  // namespace
 
-NPAChannel::NPAChannel(const std::string& path)
-    : devicePath(path), transport(*HCUSBTransport::getInstance()), holdsSingletonReference(true)
-{}
+NPAChannel::NPAChannel(const std::string& path) : devicePath(path), transport(*HCUSBTransport::getInstance()) {}
 
-NPAChannel::NPAChannel(const std::string& path, CommTransport& callerTransport)
-    : devicePath(path), transport(callerTransport), holdsSingletonReference(false)
-{}
+NPAChannel::~NPAChannel() { HCUSBTransport::releaseInstance(); }
 
-NPAChannel::~NPAChannel()
-{
-    if (holdsSingletonReference) {
-        HCUSBTransport::releaseInstance();
-    }
-}
-
-std::unique_ptr<NPAChannel> NPAChannel::duplicate() const
-{
-    if (holdsSingletonReference) {
-        return std::make_unique<NPAChannel>(devicePath);
-    }
-    return std::make_unique<NPAChannel>(devicePath, transport);
-}
+std::unique_ptr<NPAChannel> NPAChannel::duplicate() const { return std::make_unique<NPAChannel>(devicePath); }
 
 int32_t NPAChannel::exchangeNPA(const uint8_t* request, int32_t length, std::vector<uint8_t>& answer,
                                 int timeLimitSeconds)

@@ -14,8 +14,6 @@ class NPAChannel {
 public:
     // Takes a reference on the USB transport singleton, given back on destruction.
     explicit NPAChannel(const std::string& devicePath);
-    // Uses a transport owned by the caller (no singleton reference is taken).
-    NPAChannel(const std::string& devicePath, CommTransport& transport);
     ~NPAChannel();
 
     NPAChannel(const NPAChannel&) = delete;
@@ -70,5 +68,4 @@ private:
 
     std::string devicePath;
     CommTransport& transport;
-    bool holdsSingletonReference;
 };
