@@ -5,6 +5,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <cctype>
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
@@ -92,6 +93,15 @@ std::string SimDir::read(const std::string& name) const
     return text.str();
 }
 
+SimRun runCommand(const SimDir& dir, const std::vector<std::string>& argv, const char* input)
+{
+    SimRun result;
+    result.status = runProcess(argv, dir, input, result.timedOut);
+    result.out = dir.read("stdout.txt");
+    result.err = dir.read("stderr.txt");
+    return result;
+}
+
 SimRun runSim(const SimDir& dir, const std::vector<std::string>& simOptions, const std::vector<std::string>& command,
               const char* input)
 {
@@ -101,21 +111,9 @@ SimRun runSim(const SimDir& dir, const std::vector<std::string>& simOptions, con
     argv.insert(argv.end(), simOptions.begin(), simOptions.end());
     argv.push_back("--");
     argv.insert(argv.end(), command.begin(), command.end());
-    SimRun result;
-    result.status = runProcess(argv, dir, input, result.timedOut);
-    result.out = dir.read("stdout.txt");
-    result.err = dir.read("stderr.txt");
+    SimRun result = runCommand(dir, argv, input);
     std::istringstream log(dir.read("requests.jsonl"));
     for (std::string line; std::getline(log, line);) result.log.push_back(line);
-    return result;
-}
-
-SimRun runCommand(const SimDir& dir, const std::vector<std::string>& argv)
-{
-    SimRun result;
-    result.status = runProcess(argv, dir, nullptr, result.timedOut);
-    result.out = dir.read("stdout.txt");
-    result.err = dir.read("stderr.txt");
     return result;
 }
 
@@ -128,6 +126,32 @@ std::string logValue(const std::string& line, const std::string& key)
     size_t end = at + 1;
     while (end < line.size() && line[end] != '"') end += line[end] == '\\' ? 2 : 1;
     return line.substr(at + 1, end - at - 1);
+}
+
+Bytes bytesFromHex(const std::string& hex)
+{
+    std::string digits;
+    for (char c : hex)
+        if (std::isxdigit(static_cast<unsigned char>(c))) digits += c;
+    Bytes bytes;
+    for (size_t i = 0; i + 1 < digits.size(); i += 2)
+        bytes.push_back(uint8_t(std::stoi(digits.substr(i, 2), nullptr, 16)));
+    return bytes;
+}
+
+std::string toHex(const Bytes& bytes)
+{
+    static const char digits[] = "0123456789ABCDEF";
+    std::string hex;
+    for (uint8_t b : bytes) hex += {digits[b >> 4], digits[b & 15]};
+    return hex;
+}
+
+int occurrences(const std::string& text, const std::string& part)
+{
+    int count = 0;
+    for (size_t at = text.find(part); at != std::string::npos; at = text.find(part, at + part.size())) ++count;
+    return count;
 }
 
 SimRun runCorvelcfg(const SimDir& dir, const std::vector<std::string>& simOptions, const std::vector<std::string>& args,

@@ -2,7 +2,6 @@
 // corvelsim, unchanged, and dumps what it kept of the answer.
 #include <gtest/gtest.h>
 
-#include "tests/e2e/HexBytes.h"
 #include "tests/e2e/SimRun.h"
 
 namespace e2e {
@@ -43,10 +42,9 @@ TEST_P(Npa, SendsTheFileUnchangedAndDumpsWhatTheFrameRulesKeep)
     SimRun run = runNpa(c.simOptions, c.request);
     ASSERT_FALSE(run.timedOut);
     EXPECT_EQ(run.status, 0) << run.err;
-    EXPECT_TRUE(
-        sameText("npaFileData: (" + std::to_string(2 * request.size()) + " bytes) " + toHex(request) + "\n", run.out));
+    EXPECT_EQ(run.out, "npaFileData: (" + std::to_string(2 * request.size()) + " bytes) " + toHex(request) + "\n");
     ASSERT_EQ(run.log.size(), 1u);
-    EXPECT_TRUE(sameBytes(request, bytesFromHex(logValue(run.log[0], "raw"))));
+    EXPECT_EQ(logValue(run.log[0], "raw"), toHex(request));
     // The trace dumps both, 16 bytes a line ("%02X " each, then "|" and the text).
     const std::string requestDump = request.size() > 16 ? c.request.substr(0, 47) + " |" : c.request + " |";
     EXPECT_NE(run.err.find("D [CVL] NPA data: " + std::to_string(request.size()) + " bytes\n" + requestDump),
@@ -69,26 +67,17 @@ INSTANTIATE_TEST_SUITE_P(
         // Envelope command, inner length, the inner answer whole.
         NpaCase{"wrapped", {}, kWrappedSsid, "E0 63 02 00 0B A5 00 08 50 E0 D8 00 28 08 00 00"},
         NpaCase{"unknownRequestRefused", {}, "A5 00 04 50 12 34 56", ""},
-        NpaCase{"silent", {"--fault", "silent"}, kReadSsid, ""},
         NpaCase{"splitWithNoise", {"--fault", "split=3", "--fault", "noise=2"}, kReadSsid, kEmptySsid},
         NpaCase{"bit7AfterEnds", {"--fault", "bit7=after"}, kReadSsid, kEmptySsid},
         NpaCase{"bit7InsteadDropped", {"--fault", "bit7=instead"}, kReadSsid, ""},
         NpaCase{"truncatedDropped", {"--fault", "truncate=3"}, kReadSsid, ""},
-        NpaCase{"lateWithinLimit", {"--fault", "late=150"}, kReadSsid, kEmptySsid},
-        NpaCase{"settingsRejected", {"--fault", "reject-settings"}, "A5 00 0A 50 E0 DA 01 06 14 00 00 01 01",
-                "E0 DA 01 00"}),
+        NpaCase{"lateWithinLimit", {"--fault", "late=150"}, kReadSsid, kEmptySsid}),
     [](const ::testing::TestParamInfo<NpaCase>& info) { return info.param.name; });
 // clang-format on
 
-TEST(NpaDevice, MissingNodeIsReportedAndFurtherNodesAreServed)
+// A missing node is the libusb route's open failure in another form.
+TEST(NpaDevice, FurtherNodesAreServed)
 {
-    SimRun missing = runNpa({}, kReadSsid, {"/dev/usb/lp3"});
-    EXPECT_EQ(missing.status, 0);
-    EXPECT_NE(missing.err.find("D [CVL] Failed to open usb device '/dev/usb/lp3'!\n"), std::string::npos)
-        << missing.err;
-    EXPECT_NE(missing.err.find("D [CVL] sendNPA response (0 bytes)\n"), std::string::npos) << missing.err;
-    EXPECT_TRUE(missing.log.empty());
-
     SimRun served = runNpa({"--lp", "0", "--lp", "3"}, kReadSsid, {"/dev/usb/lp3"});
     EXPECT_EQ(served.status, 0);
     ASSERT_EQ(served.log.size(), 1u);
