@@ -21,26 +21,13 @@ namespace {
 // Well above what any accelerated run needs; a run past it is a hang.
 constexpr auto kRunLimit = std::chrono::seconds(60);
 
-// Standard input for the child: /dev/null, or a pipe already holding `input`
-// (small enough for the pipe's buffer) whose writing end is closed.
-int standardInput(const char* input)
-{
-    if (input == nullptr) return open("/dev/null", O_RDONLY);
-    int ends[2];
-    if (pipe(ends) != 0) return -1;
-    size_t size = std::char_traits<char>::length(input);
-    bool written = write(ends[1], input, size) == ssize_t(size);
-    close(ends[1]);
-    return written ? ends[0] : -1;
-}
-
 int runProcess(const std::vector<std::string>& argv, const SimDir& dir, const char* input, bool& timedOut)
 {
     pid_t pid = fork();
     if (pid == 0) {
         int out = open(dir.file("stdout.txt").c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
         int err = open(dir.file("stderr.txt").c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
-        int in = standardInput(input);
+        int in = open(input ? dir.file("stdin.txt").c_str() : "/dev/null", O_RDONLY);
         if (chdir(dir.file("").c_str()) != 0 || out < 0 || err < 0 || in < 0) _exit(126);
         dup2(in, 0);
         dup2(out, 1);
@@ -95,6 +82,7 @@ std::string SimDir::read(const std::string& name) const
 
 SimRun runCommand(const SimDir& dir, const std::vector<std::string>& argv, const char* input)
 {
+    if (input != nullptr) dir.write("stdin.txt", input);
     SimRun result;
     result.status = runProcess(argv, dir, input, result.timedOut);
     result.out = dir.read("stdout.txt");

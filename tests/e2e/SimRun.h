@@ -48,7 +48,7 @@ SimRun runCommand(const SimDir& dir, const std::vector<std::string>& argv, const
 
 // `corvelsim --speed 20 --state state.txt --log requests.jsonl <simOptions> -- <command>`
 // in `dir`; a later "--speed N" among `simOptions` wins. Standard input is a
-// pipe holding `input`, or /dev/null.
+// file holding `input`, or /dev/null.
 SimRun runSim(const SimDir& dir, const std::vector<std::string>& simOptions, const std::vector<std::string>& command,
               const char* input = nullptr);
 // The same with corvelcfg and `args` as the command.

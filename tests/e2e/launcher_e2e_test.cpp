@@ -7,7 +7,6 @@
 
 #include <chrono>
 #include <cstdint>
-#include <sstream>
 #include <string>
 
 #include "tests/e2e/SimRun.h"
@@ -18,12 +17,8 @@ namespace {
 // The hexadecimal mask after "NAME:\t" in /proc/PID/status text.
 uint64_t statusMask(const std::string& status, const std::string& name)
 {
-    std::istringstream in(status);
-    for (std::string line; std::getline(in, line);) {
-        if (line.rfind(name + ":", 0) == 0) return std::stoull(line.substr(name.size() + 1), nullptr, 16);
-    }
-    ADD_FAILURE() << name << " missing in: " << status;
-    return ~uint64_t(0);
+    const size_t at = status.find(name + ":\t");
+    return at == std::string::npos ? ~uint64_t(0) : std::stoull(status.substr(at + name.size() + 2), nullptr, 16);
 }
 
 uint64_t bit(int signal) { return uint64_t(1) << (signal - 1); }

@@ -1,6 +1,7 @@
 // The state file is the user's data: corvelsim refuses files that are not its
 // own and leaves them as they were, reads within a bound, writes privately and
 // only on a change, and runs sharing one file keep each other's settings.
+// A minimal client drives corvelsim on its own.
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -105,10 +106,15 @@ TEST(StateFile, ConcurrentRunsKeepEachOthersSettingsWrittenPrivatelyOnlyOnAChang
     const struct stat before = lstatOf(shared);
     EXPECT_EQ(before.st_mode & 07777, 0600u);
 
-    // Reading changes nothing, so the file is not written again.
+    // Reading changes nothing, so the file is not written again. The client
+    // reads 1 byte of the first answer and closes: the rest must not leak
+    // into the next exchange (a counted read waits as long as it takes).
     SimRun reading = runSim(first, {"--speed", "1"},
-                            {PRINTER_CLIENT_PATH, "/dev/usb/lp0", "A5000650E0D8002A06/37", "A5000650E0D8002A06/37"});
+                            {PRINTER_CLIENT_PATH, "/dev/usb/lp0", "A5000650E0D8002A06/1", "A5000650E0D8002A06/37"});
     EXPECT_EQ(reading.status, 0) << reading.err;
+    const std::string organization = "Corvel Simulated Printers";
+    EXPECT_EQ(reading.out,
+              "A5\nA5002250E0D8002A06001A" + toHex(Bytes(organization.begin(), organization.end())) + "00\n");
     EXPECT_EQ(reading.log.size(), 2u);
     const struct stat after = lstatOf(shared);
     EXPECT_EQ(after.st_ino, before.st_ino) << "rewritten although nothing changed";
