@@ -56,8 +56,7 @@ int runProcess(const std::vector<std::string>& argv, const SimDir& dir, const ch
 
 SimDir::SimDir()
 {
-    const char* base = std::getenv("TMPDIR");
-    std::string pattern = std::string(base && *base ? base : "/tmp") + "/corvel-e2e-XXXXXX";
+    std::string pattern = (std::filesystem::temp_directory_path() / "corvel-e2e-XXXXXX").string();
     if (mkdtemp(pattern.data())) m_Path = pattern;
 }
 

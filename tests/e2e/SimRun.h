@@ -11,6 +11,7 @@ namespace e2e {
 using Bytes = std::vector<uint8_t>;
 Bytes bytesFromHex(const std::string& hex);  // "A50006..." (blanks allowed)
 std::string toHex(const Bytes& bytes);       // "A50006..."
+inline std::string toHex(const std::string& text) { return toHex(Bytes(text.begin(), text.end())); }
 
 // A temporary directory, removed with everything in it at the end.
 class SimDir {

@@ -4,7 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
-#include <sstream>
+#include <filesystem>
 
 #include "tests/e2e/SimRun.h"
 
@@ -20,12 +20,6 @@ std::vector<std::string> requests(const SimRun& run)
         names.push_back(kind == "certmgr" ? logValue(line, "method") : kind);
     }
     return names;
-}
-
-std::string rawText(const std::string& line)
-{
-    const Bytes raw = bytesFromHex(logValue(line, "raw"));
-    return std::string(raw.begin(), raw.end());
 }
 
 // Runs a shell command in the test's directory (openssl, file set-up).
@@ -48,22 +42,15 @@ TEST(CertificateWorkflow, ReadmeWalkPrintsWhatTheReadmeSays)
 {
     SimDir dir;
     const std::string source = PROJECT_SOURCE_DIR;
-    ASSERT_EQ(std::system(
-                  ("'" + source + "/scripts/readme-walk.sh' '" + source + "/README.md' > '" + dir.file("walk.sh") + "'")
-                      .c_str()),
+    ASSERT_EQ(shell(dir, "'" + source + "/scripts/readme-walk.sh' '" + source +
+                             "/README.md' > walk.sh && sed -n 's/^#> //p' walk.sh > expected.txt"),
               0);
-    std::string expected;
-    std::istringstream script(dir.read("walk.sh"));
-    for (std::string line; std::getline(script, line);) {
-        if (line.rfind("#> ", 0) == 0) expected += line.substr(3) + "\n";
-    }
+    const std::string expected = dir.read("expected.txt");
     ASSERT_FALSE(expected.empty()) << "no walk found in the README";
-
     // The programs under test come first on the PATH, as if installed.
-    const std::string programs = std::string(CORVELCFG_PATH).substr(0, std::string(CORVELCFG_PATH).rfind('/')) + ":" +
-                                 std::string(CORVELSIM_PATH).substr(0, std::string(CORVELSIM_PATH).rfind('/'));
-    setenv("PATH", (programs + ":" + std::getenv("PATH")).c_str(), 1);
-    SimRun walk = runCommand(dir, {"/bin/bash", "walk.sh"});
+    const std::string programs = std::filesystem::path(CORVELCFG_PATH).parent_path().string() + ":" +
+                                 std::filesystem::path(CORVELSIM_PATH).parent_path().string();
+    SimRun walk = runCommand(dir, {"/bin/bash", "-c", "PATH=" + programs + ":$PATH exec bash walk.sh"});
     ASSERT_FALSE(walk.timedOut);
     EXPECT_EQ(walk.out, expected) << walk.err;
     EXPECT_EQ(walk.status, 0) << walk.err;
@@ -76,7 +63,8 @@ TEST(Certificates, CreateRequestGeneratesThenExportsAndFailsWithoutExport)
     EXPECT_EQ(made.status, 0) << made.err;
     EXPECT_EQ(requests(made), (std::vector<std::string>{"deleteIndividualCert", "generateNewCert", "exportPubKey"}));
     ASSERT_EQ(made.log.size(), 3u);
-    EXPECT_TRUE(holds(rawText(made.log[1]), "<child name=\"x509_O\"><StringElem>A&amp;B &lt;Lab&gt;</StringElem>"));
+    EXPECT_TRUE(holds(logValue(made.log[1], "raw"),
+                      toHex("<child name=\"x509_O\"><StringElem>A&amp;B &lt;Lab&gt;</StringElem>")));
 
     SimRun refused = runCorvelcfg(dir, {"--fault", "cert-status=generateNewCert:5:key generation failed"},
                                   {"-csr", "--cer-common=printer2", "--cer-path=q.csr"});
@@ -156,7 +144,7 @@ TEST(Config8021x, CAReplacedThenRefusedOptionsRepeatedWholeInPlainForm)
     EXPECT_EQ(requests(again), (std::vector<std::string>{"queryCAList", "deleteIndividualCA", "uploadNewCAFile"}));
     ASSERT_EQ(again.log.size(), 3u);
     EXPECT_TRUE(holds(again.err, "D [CVL] CA cert exist! Removing...\n"));
-    EXPECT_TRUE(holds(rawText(again.log[1]), "<StringElem>Test CA_")) << "deleted by its listed name";
+    EXPECT_TRUE(holds(logValue(again.log[1], "raw"), toHex("<StringElem>Test CA_"))) << "deleted by its listed name";
 
     SimRun run = runCorvelcfg(dir, {"--fault", "refuse-envelope"}, k8021x);
     EXPECT_EQ(run.status, 0) << run.err;

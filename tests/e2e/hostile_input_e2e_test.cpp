@@ -4,7 +4,6 @@
 #include <gtest/gtest.h>
 
 #include <cstdio>
-#include <cstring>
 #include <string>
 #include <vector>
 
@@ -23,12 +22,6 @@ std::string settingsOfSize(size_t size, const std::string& ssid)
     while (text.size() + 100 <= size - last.size()) text += std::string(99, '#') + "\n";
     text += "#" + std::string(size - last.size() - text.size() - 2, ' ') + "\n";
     return text + last;
-}
-
-// `script` run by bash inside corvelsim with $0 = the real corvelcfg.
-SimRun runShell(const SimDir& dir, const std::string& script, const std::vector<std::string>& simOptions = {})
-{
-    return runSim(dir, simOptions, {"/bin/bash", "-c", script, CORVELCFG_PATH});
 }
 
 // Files past the bound are refused before anything reaches the printer;
@@ -56,7 +49,7 @@ TEST(HostileInput, InputFilesAreReadWithinABound)
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
-        const SimRun run = runShell(dir, c.script);
+        const SimRun run = runSim(dir, {}, {"/bin/bash", "-c", c.script, CORVELCFG_PATH});  // $0: corvelcfg
         ASSERT_FALSE(run.timedOut);
         EXPECT_EQ(run.status, c.status) << run.err;
         if (c.ssid == nullptr) {
@@ -66,9 +59,7 @@ TEST(HostileInput, InputFilesAreReadWithinABound)
         }
         ASSERT_EQ(run.log.size(), 1) << run.err;
         EXPECT_EQ(logValue(run.log[0], "kind"), "settings");
-        EXPECT_NE(logValue(run.log[0], "raw").find(toHex(Bytes(c.ssid, c.ssid + std::strlen(c.ssid)))),
-                  std::string::npos);
-        std::remove(dir.file("net.fifo").c_str());
+        EXPECT_NE(logValue(run.log[0], "raw").find(toHex(std::string(c.ssid))), std::string::npos);
     }
 }
 

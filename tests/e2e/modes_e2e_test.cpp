@@ -32,8 +32,6 @@ Bytes settings(std::initializer_list<Bytes> items) { return packet(cat({{0xE0, 0
 Bytes read(uint8_t group, uint8_t field) { return packet({0xE0, 0xD8, 0x00, group, field}); }
 Bytes envelope(const Bytes& inner) { return packet(cat({{0xE0, 0x63, 0x02}, be16(inner.size()), inner})); }
 
-std::vector<Bytes> times(size_t count, const Bytes& request) { return std::vector<Bytes>(count, request); }
-
 Bytes mode(uint32_t v) { return number(0x28, 0x02, v); }
 Bytes security(uint32_t v) { return number(0x28, 0x22, v); }
 Bytes channel(uint32_t v) { return number(0x28, 0x05, v); }
@@ -60,7 +58,6 @@ const std::string kAddressLine = "Acquiring network address....\nIP-ADDRESS : ";
 // Long runs in fake time (pauses of 10 and 50 s, up to seven attempts) go faster.
 const std::vector<std::string> kRefuse = {"--fault", "refuse-envelope"};
 const std::vector<std::string> kRefuseFast = {"--fault", "refuse-envelope", "--speed", "50"};
-const std::vector<std::string> kReject = {"--fault", "reject-settings"};
 const std::vector<std::string> kSilent = {"--fault", "silent", "--speed", "50"};
 
 struct ModeCase {
@@ -73,7 +70,7 @@ struct ModeCase {
     int status;
     std::string errLine = {};  // a line standard error holds `errTimes` times ("" = not checked)
     int errTimes = 1;
-    const char* input = nullptr;  // standard input as a pipe holding this, else /dev/null
+    const char* input = nullptr;  // standard input: a file holding this, else /dev/null
 };
 
 void PrintTo(const ModeCase& c, std::ostream* out) { *out << c.name; }
@@ -97,14 +94,12 @@ TEST_P(Mode, SendsTheExpectedRequestsAndReportsTheAnswer)
         EXPECT_EQ(logValue(run.log[i], "raw"), toHex(c.requests[i])) << "request " << i + 1;
 }
 
-std::string caseName(const ::testing::TestParamInfo<ModeCase>& info) { return info.param.name; }
-
 // clang-format off
 INSTANTIATE_TEST_SUITE_P(
-    Answering, Mode,
+    Runs, Mode,
     ::testing::Values(
         ModeCase{"deviceStateReadyOnSecondPoll", {"-a"}, {"--ready-after", "2"}, "",
-                 times(2, envelope(kReadDeviceState)), "", 0},
+                 std::vector<Bytes>(2, envelope(kReadDeviceState)), "", 0},
         // Any other first argument: the full configuration with the defaults
         // (the option is not read), polls until joined, then the address.
         ModeCase{"defaultRun", {"--ssid=NotRead"}, {"--join-after", "2", "--ip", "10.0.0.9"}, kConfiguredState,
@@ -116,20 +111,13 @@ INSTANTIATE_TEST_SUITE_P(
                  {envelope(settings({mode(0), security(2), channel(6), ssid("x"), text(0x28, 0x11, "s3cret")}))},
                  "npa data going: 2Please provide the password:\n\n", 0, {}, 1, "s3cret\n"},
         // A settings answer that does not end in 0x01: result 1, no repeat.
-        ModeCase{"rejectedSettings", kBasicArgs, kReject, "", {envelope(kBasic)}, "npa data going: 4", 1,
-                 "D [CVL] Basic config ret = 1\n"},
+        ModeCase{"rejectedSettings", kBasicArgs, {"--fault", "reject-settings"}, "", {envelope(kBasic)},
+                 "npa data going: 4", 1, "D [CVL] Basic config ret = 1\n"},
         // A silent printer: the status read ends with its own result.
         ModeCase{"silentAuthStatus", {"-802s"}, kSilent, "", {envelope(kReadAuthStatus), kReadAuthStatus}, "", 255,
-                 "D [CVL] Auth status response (0 bytes)\n", 2}),
-    caseName);
-// clang-format on
-
-// Each entry of the mode table: repeated once, in plain form, after the
-// refusal of its first (wrapped) request, or ("-r", "-a") never.
-// clang-format off
-INSTANTIATE_TEST_SUITE_P(
-    RefusedEnvelope, Mode,
-    ::testing::Values(
+                 "D [CVL] Auth status response (0 bytes)\n", 2},
+        // Each entry of the mode table: repeated once, in plain form, after
+        // the refusal of its first (wrapped) request, or ("-r", "-a") never.
         ModeCase{"advanced", kAdvancedArgs, kRefuse, "", {envelope(kAdvanced), kAdvanced},
                  "npa data going: 2npa data going: 2", 0, "D [CVL] Adv WPA-Personal ret = -1\n"},
         ModeCase{"address", {"-ip"}, kRefuse, kJoinedState, {envelope(kReadAddress), kReadAddress}, "192.168.1.57\n",
@@ -141,12 +129,12 @@ INSTANTIATE_TEST_SUITE_P(
         // Marked for retry, but its result is always 0, so it never repeats.
         ModeCase{"certificateSettings", {"-cer"}, kRefuse, "", {envelope(kReadOrganization), envelope(kReadCommonName)},
                  "", 0, "D [CVL] Organization", 0},
-        ModeCase{"deviceState", {"-a"}, kRefuseFast, "", times(6, envelope(kReadDeviceState)), "", 1},
+        ModeCase{"deviceState", {"-a"}, kRefuseFast, "", std::vector<Bytes>(6, envelope(kReadDeviceState)), "", 1},
         // The default run repeats its settings itself; everything after goes plain.
-        ModeCase{"defaultRun", {"-x"}, kRefuse, kJoinedState,
+        ModeCase{"defaultRunRefused", {"-x"}, kRefuse, kJoinedState,
                  {envelope(kDefaultSettings), kDefaultSettings, kReadConnection, kReadAddress},
                  kDefaultRunHead + "npa data going: 0" + kAddressLine + "192.168.1.57\n", 0}),
-    caseName);
+    [](const ::testing::TestParamInfo<ModeCase>& info) { return info.param.name; });
 // clang-format on
 
 // Across runs sharing the state file: settings kept, joined after the

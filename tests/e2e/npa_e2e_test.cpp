@@ -35,6 +35,7 @@ TEST(Npa, SendsTheFileUnchangedAndDumpsWhatTheFrameRulesKeep)
         std::vector<std::string> simOptions;
         std::string request;  // as hex, "A5 00 ..."
         std::string kept;     // what the utility keeps of the answer (at most 16 bytes), the same way
+        std::vector<std::string> device = {};  // the node, when not the first
     } cases[] = {
         {"plain", {}, kReadSsid, kEmptySsid},
         // Envelope command, inner length, the inner answer whole.
@@ -45,12 +46,13 @@ TEST(Npa, SendsTheFileUnchangedAndDumpsWhatTheFrameRulesKeep)
         {"bit7InsteadDropped", {"--fault", "bit7=instead"}, kReadSsid, ""},
         {"truncatedDropped", {"--fault", "truncate=3"}, kReadSsid, ""},
         {"lateWithinLimit", {"--fault", "late=150"}, kReadSsid, kEmptySsid},
+        {"furtherNodeServed", {"--lp", "0", "--lp", "3"}, kReadSsid, kEmptySsid, {"/dev/usb/lp3"}},
     };
     // clang-format on
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
         const Bytes request = bytesFromHex(c.request), kept = bytesFromHex(c.kept);
-        SimRun run = runNpa(c.simOptions, c.request);
+        SimRun run = runNpa(c.simOptions, c.request, c.device);
         ASSERT_FALSE(run.timedOut);
         EXPECT_EQ(run.status, 0) << run.err;
         EXPECT_EQ(run.out, "npaFileData: (" + std::to_string(2 * request.size()) + " bytes) " + toHex(request) + "\n");
@@ -64,15 +66,6 @@ TEST(Npa, SendsTheFileUnchangedAndDumpsWhatTheFrameRulesKeep)
                                        (kept.empty() ? "" : c.kept + " |")))
             << run.err;
     }
-}
-
-TEST(NpaDevice, FurtherNodesAreServed)
-{
-    SimRun served = runNpa({"--lp", "0", "--lp", "3"}, kReadSsid, {"/dev/usb/lp3"});
-    EXPECT_EQ(served.status, 0);
-    ASSERT_EQ(served.log.size(), 1u);
-    EXPECT_EQ(logValue(served.log[0], "port"), "3");
-    EXPECT_NE(served.err.find("D [CVL] sendNPA response (7 bytes)\n"), std::string::npos) << served.err;
 }
 
 }  // namespace

@@ -112,9 +112,7 @@ TEST(StateFile, ConcurrentRunsKeepEachOthersSettingsWrittenPrivatelyOnlyOnAChang
     SimRun reading = runSim(first, {"--speed", "1"},
                             {PRINTER_CLIENT_PATH, "/dev/usb/lp0", "A5000650E0D8002A06/1", "A5000650E0D8002A06/37"});
     EXPECT_EQ(reading.status, 0) << reading.err;
-    const std::string organization = "Corvel Simulated Printers";
-    EXPECT_EQ(reading.out,
-              "A5\nA5002250E0D8002A06001A" + toHex(Bytes(organization.begin(), organization.end())) + "00\n");
+    EXPECT_EQ(reading.out, "A5\nA5002250E0D8002A06001A" + toHex("Corvel Simulated Printers") + "00\n");
     EXPECT_EQ(reading.log.size(), 2u);
     const struct stat after = lstatOf(shared);
     EXPECT_EQ(after.st_ino, before.st_ino) << "rewritten although nothing changed";
