@@ -98,7 +98,9 @@ TEST(Certificates, InstallRefusals)
     } cases[] = {
         {"--802-CA-cer-file=missing.pem", 2, {}, "D [CVL] File not found! ('missing.pem')\n"},
         {"--802-signed-cer-file=empty.pem", 1, {}, "D [CVL] Loading file empty.pem, 0 bytes\n"},
-        {"--802-CA-cer-file=16385.pem", 1, {}, "D [CVL] Loading file 16385.pem, 16385 bytes\n"},
+        // Refused at once: nothing read past the buffer.
+        {"--802-CA-cer-file=16385.pem", 1, {},
+         "D [CVL] Loading file 16385.pem, 16385 bytes\nD [CVL] Error installing CA/Signed Certificate!\n"},
         {"--802-CA-cer-file=dangling.pem", 1, {}, "D [CVL] Error installing CA/Signed Certificate!\n"},
         {"--802-CA-cer-file=notes.txt", 1, {"uploadNewCAFile"}, "D [CVL] Install CA Cert error "},
         {"--802-signed-cer-file=stranger.pem", 1, {"uploadSignedCertFile"}, "D [CVL] Install Signed Cert error "},

@@ -111,7 +111,7 @@ TEST(Launcher, ValuesOutsideTheirRangeAreRefusedAsTheHelpStatesAndFailuresSayWhy
     const struct {
         std::vector<std::string> options;
         std::string message;  // part of the refusal
-        const char* range;    // as --help states it
+        const char* range;    // as --help states it ("" = no range)
     } cases[] = {
         {{"--kill-after", "600001"}, "--kill-after needs real milliseconds from 0 to 600000", "0..600000"},
         {{"--fault", "split=65"}, "bad value in fault 'split=65': it takes a number from 2 to 64", "2..64"},

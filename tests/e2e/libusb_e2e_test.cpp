@@ -84,6 +84,7 @@ TEST(LibUsbRoute, ClaimsThePrinterAndWritesInPacketsOrReportsTheFailure)
         {"noBulkIn", {"--usb", "001:004", "--usb-layout", "no-bulk-in", "--speed", "50"}, "001:004", "32,32,32,4", 0},
         {"noPrinterInterface", {"--usb", "001:004", "--usb-layout", "no-printer"}, "001:004", ""},
         {"noSuchDevice", {"--usb", "001:004"}, "001:005", ""},
+        {"noSuchBus", {"--usb", "001:004"}, "002:004", ""},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
