@@ -5,6 +5,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <cctype>
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
@@ -20,26 +21,13 @@ namespace {
 // Well above what any accelerated run needs; a run past it is a hang.
 constexpr auto kRunLimit = std::chrono::seconds(60);
 
-// Standard input for the child: /dev/null, or a pipe already holding `input`
-// (small enough for the pipe's buffer) whose writing end is closed.
-int standardInput(const char* input)
-{
-    if (input == nullptr) return open("/dev/null", O_RDONLY);
-    int ends[2];
-    if (pipe(ends) != 0) return -1;
-    size_t size = std::char_traits<char>::length(input);
-    bool written = write(ends[1], input, size) == ssize_t(size);
-    close(ends[1]);
-    return written ? ends[0] : -1;
-}
-
 int runProcess(const std::vector<std::string>& argv, const SimDir& dir, const char* input, bool& timedOut)
 {
     pid_t pid = fork();
     if (pid == 0) {
         int out = open(dir.file("stdout.txt").c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
         int err = open(dir.file("stderr.txt").c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
-        int in = standardInput(input);
+        int in = open(input ? dir.file("stdin.txt").c_str() : "/dev/null", O_RDONLY);
         if (chdir(dir.file("").c_str()) != 0 || out < 0 || err < 0 || in < 0) _exit(126);
         dup2(in, 0);
         dup2(out, 1);
@@ -68,8 +56,7 @@ int runProcess(const std::vector<std::string>& argv, const SimDir& dir, const ch
 
 SimDir::SimDir()
 {
-    const char* base = std::getenv("TMPDIR");
-    std::string pattern = std::string(base && *base ? base : "/tmp") + "/corvel-e2e-XXXXXX";
+    std::string pattern = (std::filesystem::temp_directory_path() / "corvel-e2e-XXXXXX").string();
     if (mkdtemp(pattern.data())) m_Path = pattern;
 }
 
@@ -92,6 +79,16 @@ std::string SimDir::read(const std::string& name) const
     return text.str();
 }
 
+SimRun runCommand(const SimDir& dir, const std::vector<std::string>& argv, const char* input)
+{
+    if (input != nullptr) dir.write("stdin.txt", input);
+    SimRun result;
+    result.status = runProcess(argv, dir, input, result.timedOut);
+    result.out = dir.read("stdout.txt");
+    result.err = dir.read("stderr.txt");
+    return result;
+}
+
 SimRun runSim(const SimDir& dir, const std::vector<std::string>& simOptions, const std::vector<std::string>& command,
               const char* input)
 {
@@ -101,21 +98,9 @@ SimRun runSim(const SimDir& dir, const std::vector<std::string>& simOptions, con
     argv.insert(argv.end(), simOptions.begin(), simOptions.end());
     argv.push_back("--");
     argv.insert(argv.end(), command.begin(), command.end());
-    SimRun result;
-    result.status = runProcess(argv, dir, input, result.timedOut);
-    result.out = dir.read("stdout.txt");
-    result.err = dir.read("stderr.txt");
+    SimRun result = runCommand(dir, argv, input);
     std::istringstream log(dir.read("requests.jsonl"));
     for (std::string line; std::getline(log, line);) result.log.push_back(line);
-    return result;
-}
-
-SimRun runCommand(const SimDir& dir, const std::vector<std::string>& argv)
-{
-    SimRun result;
-    result.status = runProcess(argv, dir, nullptr, result.timedOut);
-    result.out = dir.read("stdout.txt");
-    result.err = dir.read("stderr.txt");
     return result;
 }
 
@@ -128,6 +113,32 @@ std::string logValue(const std::string& line, const std::string& key)
     size_t end = at + 1;
     while (end < line.size() && line[end] != '"') end += line[end] == '\\' ? 2 : 1;
     return line.substr(at + 1, end - at - 1);
+}
+
+Bytes bytesFromHex(const std::string& hex)
+{
+    std::string digits;
+    for (char c : hex)
+        if (std::isxdigit(static_cast<unsigned char>(c))) digits += c;
+    Bytes bytes;
+    for (size_t i = 0; i + 1 < digits.size(); i += 2)
+        bytes.push_back(uint8_t(std::stoi(digits.substr(i, 2), nullptr, 16)));
+    return bytes;
+}
+
+std::string toHex(const Bytes& bytes)
+{
+    static const char digits[] = "0123456789ABCDEF";
+    std::string hex;
+    for (uint8_t b : bytes) hex += {digits[b >> 4], digits[b & 15]};
+    return hex;
+}
+
+int occurrences(const std::string& text, const std::string& part)
+{
+    int count = 0;
+    for (size_t at = text.find(part); at != std::string::npos; at = text.find(part, at + part.size())) ++count;
+    return count;
 }
 
 SimRun runCorvelcfg(const SimDir& dir, const std::vector<std::string>& simOptions, const std::vector<std::string>& args,

@@ -2,10 +2,16 @@
 // temporary directory that holds the printer's state file and request log.
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <vector>
 
 namespace e2e {
+
+using Bytes = std::vector<uint8_t>;
+Bytes bytesFromHex(const std::string& hex);  // "A50006..." (blanks allowed)
+std::string toHex(const Bytes& bytes);       // "A50006..."
+inline std::string toHex(const std::string& text) { return toHex(Bytes(text.begin(), text.end())); }
 
 // A temporary directory, removed with everything in it at the end.
 class SimDir {
@@ -35,13 +41,15 @@ struct SimRun {
 // raw, answer, method) occur once, outside the settings items.
 std::string logValue(const std::string& line, const std::string& key);
 
-// Runs `argv` in `dir` as it is (no simulator around it), standard input
-// /dev/null; the log stays empty.
-SimRun runCommand(const SimDir& dir, const std::vector<std::string>& argv);
+inline bool holds(const std::string& text, const std::string& part) { return text.find(part) != std::string::npos; }
+int occurrences(const std::string& text, const std::string& part);
+
+// Runs `argv` in `dir` as it is (no simulator around it); the log stays empty.
+SimRun runCommand(const SimDir& dir, const std::vector<std::string>& argv, const char* input = nullptr);
 
 // `corvelsim --speed 20 --state state.txt --log requests.jsonl <simOptions> -- <command>`
 // in `dir`; a later "--speed N" among `simOptions` wins. Standard input is a
-// pipe holding `input`, or /dev/null.
+// file holding `input`, or /dev/null.
 SimRun runSim(const SimDir& dir, const std::vector<std::string>& simOptions, const std::vector<std::string>& command,
               const char* input = nullptr);
 // The same with corvelcfg and `args` as the command.

@@ -4,24 +4,15 @@
 #include <gtest/gtest.h>
 
 #include <cstdio>
-#include <cstring>
 #include <string>
 #include <vector>
 
-#include "tests/e2e/HexBytes.h"
 #include "tests/e2e/SimRun.h"
 
 namespace e2e {
 namespace {
 
 constexpr size_t kInputFileLimit = 1024 * 1024;
-
-size_t count(const std::string& text, const std::string& part)
-{
-    size_t found = 0;
-    for (size_t at = text.find(part); at != std::string::npos; at = text.find(part, at + 1)) ++found;
-    return found;
-}
 
 // A settings file of exactly `size` bytes: comment lines, then the SSID.
 std::string settingsOfSize(size_t size, const std::string& ssid)
@@ -31,12 +22,6 @@ std::string settingsOfSize(size_t size, const std::string& ssid)
     while (text.size() + 100 <= size - last.size()) text += std::string(99, '#') + "\n";
     text += "#" + std::string(size - last.size() - text.size() - 2, ' ') + "\n";
     return text + last;
-}
-
-// `script` run by bash inside corvelsim with $0 = the real corvelcfg.
-SimRun runShell(const SimDir& dir, const std::string& script, const std::vector<std::string>& simOptions = {})
-{
-    return runSim(dir, simOptions, {"/bin/bash", "-c", script, CORVELCFG_PATH});
 }
 
 // Files past the bound are refused before anything reaches the printer;
@@ -56,18 +41,15 @@ TEST(HostileInput, InputFilesAreReadWithinABound)
     } cases[] = {
         {"zero settings", "exec \"$0\" -c -file /dev/zero", 2,
          "D [CVL] Cannot read settings file '/dev/zero': File too large\n", nullptr},
-        {"zero packet", "exec \"$0\" -npa -file /dev/zero", 2,
-         "D [CVL] Cannot read packet file '/dev/zero': File too large\n", nullptr},
         {"past the limit", "exec \"$0\" -icer -file past-limit.conf", 2,
          "D [CVL] Cannot read settings file 'past-limit.conf': File too large\n", nullptr},
         {"at the limit", "exec \"$0\" -c -file at-limit.conf", 0, "", "Edge"},
-        {"process substitution", "exec \"$0\" -c -file <(printf -- '--ssid=Piped\\n')", 0, "", "Piped"},
         {"fifo", "mkfifo net.fifo && { printf -- '--ssid=Fifo\\n' >net.fifo & } && exec \"$0\" -c -file net.fifo", 0,
          "", "Fifo"},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
-        const SimRun run = runShell(dir, c.script);
+        const SimRun run = runSim(dir, {}, {"/bin/bash", "-c", c.script, CORVELCFG_PATH});  // $0: corvelcfg
         ASSERT_FALSE(run.timedOut);
         EXPECT_EQ(run.status, c.status) << run.err;
         if (c.ssid == nullptr) {
@@ -75,11 +57,9 @@ TEST(HostileInput, InputFilesAreReadWithinABound)
             EXPECT_TRUE(run.log.empty());  // nothing sent
             continue;
         }
-        ASSERT_EQ(run.log.size(), 1u) << run.err;
+        ASSERT_EQ(run.log.size(), 1) << run.err;
         EXPECT_EQ(logValue(run.log[0], "kind"), "settings");
-        EXPECT_NE(logValue(run.log[0], "raw").find(toHex(Bytes(c.ssid, c.ssid + std::strlen(c.ssid)))),
-                  std::string::npos);
-        std::remove(dir.file("net.fifo").c_str());
+        EXPECT_NE(logValue(run.log[0], "raw").find(toHex(std::string(c.ssid))), std::string::npos);
     }
 }
 
@@ -93,12 +73,9 @@ TEST(HostileInput, PrinterUnpluggedDuringTheRunEndsIt)
         int answered;  // requests answered before it goes
         int status;
     } cases[] = {
-        {{"-s"}, 0, 1},
         {{"-s"}, 1, 1},  // the first answer held no SSID, the second attempt meets the hang-up
-        {{"-c", "--ssid=Lab"}, 0, 255},
         {{"-ca", "--security=802.1x", "--ssid=Lab", "--802-auth-ext=PEAP"}, 2, 255},  // after both certificate lists
         {{"-npa", "-file", "read-ssid.hex", "/dev/usb/lp0"}, 0, 0},
-        {{"--ssid=Home"}, 1, 0},  // the full configuration, after its settings were accepted
         {{"-rcerdefs"}, 0, 1},
     };
     for (const auto& c : cases) {
@@ -108,36 +85,35 @@ TEST(HostileInput, PrinterUnpluggedDuringTheRunEndsIt)
         const SimRun run = runCorvelcfg(dir, {"--fault", "vanish=" + std::to_string(c.answered)}, c.args);
         ASSERT_FALSE(run.timedOut);
         EXPECT_EQ(run.status, c.status);
-        EXPECT_EQ(count(run.err, "D [CVL] The printer is gone (No such device): no further requests are sent.\n"), 1u)
+        EXPECT_EQ(occurrences(run.err, "D [CVL] The printer is gone (No such device): no further requests are sent.\n"),
+                  1)
             << run.err;
-        EXPECT_EQ(count(run.err, "Failed to open"), 0u);
+        EXPECT_EQ(occurrences(run.err, "Failed to open"), 0);
         ASSERT_EQ(run.log.size(), size_t(c.answered) + 1);
         EXPECT_NE(run.log.back().find("\"faults\":[\"vanish\"]"), std::string::npos);
     }
 }
 
-// Output that cannot be written is a failure (74) with its reason, also for
-// modes that need no printer. A closed standard output is tried without the
-// simulator, whose preloaded library takes descriptor 1 for itself.
+// Output that cannot be written is a failure (74) with its reason. Tried
+// without the simulator, whose preloaded library takes a closed descriptor 1
+// for itself; every mode ends the same way.
 TEST(HostileInput, UnwritableOutputFailsTheRun)
 {
     SimDir dir;
     const struct {
         const char* script;
         const char* reason;
-        bool underSimulator;
     } cases[] = {
-        {"exec \"$0\" -rcerdefs >/dev/full", "No space left on device", true},
-        {"exec \"$0\" -h >/dev/full", "No space left on device", true},
-        {"exec \"$0\" -h >&-", "Bad file descriptor", false},
+        {"exec \"$0\" -h >/dev/full", "No space left on device"},
+        {"exec \"$0\" -h >&-", "Bad file descriptor"},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.script);
-        const SimRun run =
-            c.underSimulator ? runShell(dir, c.script) : runCommand(dir, {"/bin/bash", "-c", c.script, CORVELCFG_PATH});
+        const SimRun run = runCommand(dir, {"/bin/bash", "-c", c.script, CORVELCFG_PATH});
         ASSERT_FALSE(run.timedOut);
         EXPECT_EQ(run.status, 74);
-        EXPECT_EQ(count(run.err, std::string("D [CVL] Cannot write the output: ") + c.reason + "\n"), 1u) << run.err;
+        EXPECT_EQ(occurrences(run.err, std::string("D [CVL] Cannot write the output: ") + c.reason + "\n"), 1)
+            << run.err;
     }
 }
 

@@ -6,54 +6,34 @@
 #include <algorithm>
 #include <sstream>
 
-#include "tests/e2e/HexBytes.h"
 #include "tests/e2e/SimRun.h"
 
 namespace e2e {
 namespace {
 
-const std::string kConfiguredState = "28/08=\"HomeNet\\0\"\n28/22=u32:4\n28/11=\"secret123\"\n";
-const std::string kJoinedState = "joined=1\n" + kConfiguredState;
-const std::vector<std::string> kOnBus = {"--usb", "001:004"};
-
-std::vector<std::string> operator+(std::vector<std::string> a, const std::vector<std::string>& b)
-{
-    a.insert(a.end(), b.begin(), b.end());
-    return a;
-}
-
-// The same requests, output, trace (answers included) and exit status as
-// over /dev/usb/lp0: a raw read whose answer arrives in three 16-byte packets
-// (dumped as received), and the full configuration with its polls.
+// The same request, output, trace (answers included) and exit status as over
+// /dev/usb/lp0, for a raw read whose answer arrives in three 16-byte packets
+// (dumped as received); the modes' own paths are the device node's tests.
 TEST(LibUsbRoute, BehavesAsOverTheDeviceNode)
 {
-    // clang-format off
-    const struct { std::vector<std::string> args, simOptions; std::string state; } cases[] = {
-        {{"-npa", "-file", "npa-request.hex"}, {"--usb-packet", "16"},
-         "28/08=\"ABCDEFGHIJKLMNOPQRSTUVWXYZ012345\\0\"\n"},
-        {{"--ssid=NotRead"}, {"--join-after", "2", "--ip", "10.0.0.9"}, kConfiguredState},
-    };
-    // clang-format on
-    for (const auto& c : cases) {
-        SimDir dir;
-        dir.write("npa-request.hex", "A5 00 06 50 E0 D8 00 28 08");
-        dir.write("state.txt", "# corvelsim state v2\n" + c.state);
-        const SimRun node = runCorvelcfg(dir, c.simOptions, c.args);
-        dir.write("state.txt", "# corvelsim state v2\n" + c.state);
-        const SimRun bus = runCorvelcfg(dir, c.simOptions + kOnBus, c.args + std::vector<std::string>{"001:004"});
-        ASSERT_FALSE(node.timedOut || bus.timedOut);
-        EXPECT_EQ(bus.status, node.status) << bus.err;
-        EXPECT_TRUE(sameText(node.out, bus.out));
-        EXPECT_TRUE(sameText(node.err, bus.err));
-        ASSERT_EQ(bus.log.size(), node.log.size()) << "requests the printer received";
-        ASSERT_FALSE(bus.log.empty());
-        for (size_t i = 0; i < bus.log.size(); ++i) {
-            EXPECT_EQ(logValue(bus.log[i], "raw"), logValue(node.log[i], "raw")) << "request " << i + 1;
-            EXPECT_EQ(logValue(node.log[i], "route"), "lp");
-            EXPECT_EQ(logValue(bus.log[i], "route"), "usb");
-            EXPECT_EQ(logValue(bus.log[i], "port"), "001:004");
-        }
-    }
+    SimDir dir;
+    dir.write("npa-request.hex", "A5 00 06 50 E0 D8 00 28 08");
+    const std::string state = "# corvelsim state v2\n28/08=\"ABCDEFGHIJKLMNOPQRSTUVWXYZ012345\\0\"\n";
+    dir.write("state.txt", state);
+    const SimRun node = runCorvelcfg(dir, {"--usb-packet", "16"}, {"-npa", "-file", "npa-request.hex"});
+    dir.write("state.txt", state);
+    const SimRun bus =
+        runCorvelcfg(dir, {"--usb-packet", "16", "--usb", "001:004"}, {"-npa", "-file", "npa-request.hex", "001:004"});
+    ASSERT_FALSE(node.timedOut || bus.timedOut);
+    EXPECT_EQ(bus.status, node.status) << bus.err;
+    EXPECT_EQ(bus.out, node.out);
+    EXPECT_EQ(bus.err, node.err);
+    ASSERT_EQ(bus.log.size(), 1u);
+    ASSERT_EQ(node.log.size(), 1u);
+    EXPECT_EQ(logValue(bus.log[0], "raw"), logValue(node.log[0], "raw"));
+    EXPECT_EQ(logValue(node.log[0], "route"), "lp");
+    EXPECT_EQ(logValue(bus.log[0], "route"), "usb");
+    EXPECT_EQ(logValue(bus.log[0], "port"), "001:004");
 }
 
 // "-s" reads up to 255 bytes; the answer is shorter. After it has arrived the
@@ -63,9 +43,8 @@ TEST(LibUsbRoute, BehavesAsOverTheDeviceNode)
 TEST(LibUsbRoute, ShortAnswerEndsAfterOneFurtherTenSecondWait)
 {
     SimDir dir;
-    dir.write("state.txt", "# corvelsim state v2\n" + kJoinedState);
-    const SimRun bus =
-        runCorvelcfg(dir, kOnBus + std::vector<std::string>{"--usb-trace", dir.file("usb.trace")}, {"-s", "001:004"});
+    dir.write("state.txt", "# corvelsim state v2\njoined=1\n28/08=\"HomeNet\\0\"\n");
+    const SimRun bus = runCorvelcfg(dir, {"--usb", "001:004", "--usb-trace", dir.file("usb.trace")}, {"-s", "001:004"});
     EXPECT_EQ(bus.out, "HomeNet\n");
     std::istringstream trace(dir.read("usb.trace"));
     std::string kinds;  // first letters: out, in, discarded
@@ -86,54 +65,45 @@ TEST(LibUsbRoute, ShortAnswerEndsAfterOneFurtherTenSecondWait)
 // A raw request of 100 bytes: a settings request with an 87-character SSID.
 const std::string kHundredBytes = "A5006150E0DA012808000058" + std::string(87 * 2, '5') + "00";
 
-struct OpenCase {
-    const char* name;
-    std::vector<std::string> simOptions;
-    std::string path;
-    std::string bulkOut;  // sizes of the bulk transfers that carried the request ("" = not opened)
-    int answerBytes = 4;  // what the utility reads of the settings answer
-};
-
-void PrintTo(const OpenCase& c, std::ostream* out) { *out << c.name; }
-
-class Opening : public ::testing::TestWithParam<OpenCase> {};
-
 // The device is found and claimed and the request leaves in pieces of the
 // IN endpoint's packet size; otherwise the open failure is reported and
 // nothing reaches the printer.
-TEST_P(Opening, ClaimsThePrinterAndWritesInPacketsOrReportsTheFailure)
+TEST(LibUsbRoute, ClaimsThePrinterAndWritesInPacketsOrReportsTheFailure)
 {
-    const OpenCase& c = GetParam();
-    SimDir dir;
-    dir.write("npa-request.hex", kHundredBytes);
-    const SimRun bus = runCorvelcfg(dir, c.simOptions, {"-npa", "-file", "npa-request.hex", c.path});
-    ASSERT_FALSE(bus.timedOut);
-    EXPECT_EQ(bus.status, 0);
-    const bool opens = !c.bulkOut.empty();
-    const std::string failure = "D [CVL] Failed to open usb device '" + c.path + "'!\n";
-    EXPECT_EQ(bus.err.find(failure) != std::string::npos, !opens) << bus.err;
-    ASSERT_EQ(bus.log.size(), opens ? 1u : 0u);
-    if (!opens) return;
-    EXPECT_EQ(logValue(bus.log[0], "raw").size(), 200u) << "the request is 100 bytes";
-    EXPECT_EQ(logValue(bus.log[0], "bulk_out"), c.bulkOut);
-    EXPECT_NE(bus.err.find("D [CVL] sendNPA response (" + std::to_string(c.answerBytes) + " bytes)"), std::string::npos)
-        << bus.err;
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    Devices, Opening,
-    ::testing::Values(
-        OpenCase{"packet30", kOnBus + std::vector<std::string>{"--usb-packet", "30"}, "001:004", "30,30,30,10"},
+    const struct {
+        const char* name;
+        std::vector<std::string> simOptions;
+        std::string path;
+        std::string bulkOut;  // sizes of the bulk transfers that carried the request ("" = not opened)
+        int answerBytes = 4;  // what the utility reads of the settings answer
+    } cases[] = {
+        {"packet30", {"--usb", "001:004", "--usb-packet", "30"}, "001:004", "30,30,30,10"},
         // The first interface announces 8-byte packets; the claimed one 64.
-        OpenCase{"secondInterfaceClaimed", kOnBus + std::vector<std::string>{"--usb-layout", "second-claims"},
-                 "001:004", "64,36"},
+        {"secondInterfaceClaimed", {"--usb", "001:004", "--usb-layout", "second-claims"}, "001:004", "64,36"},
         // Without a bulk IN endpoint the packet size stays 32, and no answer can be read.
-        OpenCase{"noBulkIn", kOnBus + std::vector<std::string>{"--usb-layout", "no-bulk-in", "--speed", "50"},
-                 "001:004", "32,32,32,4", 0},
-        OpenCase{"leadingZerosDoNotCount", {"--usb", "3:7"}, "0003:7", "64,36"},
-        OpenCase{"noPrinterInterface", kOnBus + std::vector<std::string>{"--usb-layout", "no-printer"}, "001:004", ""},
-        OpenCase{"noSuchDevice", kOnBus, "001:005", ""}, OpenCase{"noSuchBus", kOnBus, "002:004", ""}),
-    [](const ::testing::TestParamInfo<OpenCase>& info) { return std::string(info.param.name); });
+        {"noBulkIn", {"--usb", "001:004", "--usb-layout", "no-bulk-in", "--speed", "50"}, "001:004", "32,32,32,4", 0},
+        {"noPrinterInterface", {"--usb", "001:004", "--usb-layout", "no-printer"}, "001:004", ""},
+        {"noSuchDevice", {"--usb", "001:004"}, "001:005", ""},
+        {"noSuchBus", {"--usb", "001:004"}, "002:004", ""},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        SimDir dir;
+        dir.write("npa-request.hex", kHundredBytes);
+        const SimRun bus = runCorvelcfg(dir, c.simOptions, {"-npa", "-file", "npa-request.hex", c.path});
+        ASSERT_FALSE(bus.timedOut);
+        EXPECT_EQ(bus.status, 0);
+        const bool opens = !c.bulkOut.empty();
+        const std::string failure = "D [CVL] Failed to open usb device '" + c.path + "'!\n";
+        EXPECT_EQ(bus.err.find(failure) != std::string::npos, !opens) << bus.err;
+        EXPECT_EQ(bus.log.size(), opens ? 1u : 0u);
+        if (!opens || bus.log.empty()) continue;
+        EXPECT_EQ(logValue(bus.log[0], "raw").size(), 200u) << "the request is 100 bytes";
+        EXPECT_EQ(logValue(bus.log[0], "bulk_out"), c.bulkOut);
+        EXPECT_TRUE(holds(bus.err, "D [CVL] sendNPA response (" + std::to_string(c.answerBytes) + " bytes)"))
+            << bus.err;
+    }
+}
 
 }  // namespace
 }  // namespace e2e

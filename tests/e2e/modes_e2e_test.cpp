@@ -3,7 +3,6 @@
 // must show (exact request bytes, standard output, exit status).
 #include <gtest/gtest.h>
 
-#include "tests/e2e/HexBytes.h"
 #include "tests/e2e/SimRun.h"
 
 namespace e2e {
@@ -33,8 +32,6 @@ Bytes settings(std::initializer_list<Bytes> items) { return packet(cat({{0xE0, 0
 Bytes read(uint8_t group, uint8_t field) { return packet({0xE0, 0xD8, 0x00, group, field}); }
 Bytes envelope(const Bytes& inner) { return packet(cat({{0xE0, 0x63, 0x02}, be16(inner.size()), inner})); }
 
-std::vector<Bytes> times(size_t count, const Bytes& request) { return std::vector<Bytes>(count, request); }
-
 Bytes mode(uint32_t v) { return number(0x28, 0x02, v); }
 Bytes security(uint32_t v) { return number(0x28, 0x22, v); }
 Bytes channel(uint32_t v) { return number(0x28, 0x05, v); }
@@ -51,7 +48,6 @@ const Bytes kAdvanced = settings(
     {text(0x28, 0x11, "secret123", false), number(0x28, 0x26, 4), mode(0), security(2), channel(6), ssid("HomeNet")});
 // The default run sends the record's defaults: Managed, no security, channel 6, no SSID.
 const Bytes kDefaultSettings = settings({mode(0), security(0), channel(6)});
-const Bytes kReset = settings({item(0x06, 0x14, {0x01})});
 const Bytes kReadSsid = read(0x28, 0x08), kReadConnection = read(0x28, 0x15), kReadAddress = read(0x0A, 0x02);
 const Bytes kReadDeviceState = read(0x06, 0x1F), kReadAuthStatus = read(0x2A, 0x1D);
 const Bytes kReadOrganization = read(0x2A, 0x06), kReadCommonName = read(0x2A, 0x0A);
@@ -62,7 +58,6 @@ const std::string kAddressLine = "Acquiring network address....\nIP-ADDRESS : ";
 // Long runs in fake time (pauses of 10 and 50 s, up to seven attempts) go faster.
 const std::vector<std::string> kRefuse = {"--fault", "refuse-envelope"};
 const std::vector<std::string> kRefuseFast = {"--fault", "refuse-envelope", "--speed", "50"};
-const std::vector<std::string> kReject = {"--fault", "reject-settings"};
 const std::vector<std::string> kSilent = {"--fault", "silent", "--speed", "50"};
 
 struct ModeCase {
@@ -75,17 +70,10 @@ struct ModeCase {
     int status;
     std::string errLine = {};  // a line standard error holds `errTimes` times ("" = not checked)
     int errTimes = 1;
-    const char* input = nullptr;  // standard input as a pipe holding this, else /dev/null
+    const char* input = nullptr;  // standard input: a file holding this, else /dev/null
 };
 
 void PrintTo(const ModeCase& c, std::ostream* out) { *out << c.name; }
-
-int occurrences(const std::string& text, const std::string& part)
-{
-    int count = 0;
-    for (size_t at = text.find(part); at != std::string::npos; at = text.find(part, at + part.size())) ++count;
-    return count;
-}
 
 class Mode : public ::testing::TestWithParam<ModeCase> {};
 
@@ -97,31 +85,21 @@ TEST_P(Mode, SendsTheExpectedRequestsAndReportsTheAnswer)
     SimRun run = runCorvelcfg(dir, c.simOptions, c.args, c.input);
     ASSERT_FALSE(run.timedOut) << "the run did not end";
     EXPECT_EQ(run.status, c.status) << run.err;
-    EXPECT_TRUE(sameText(c.out, run.out));
+    EXPECT_EQ(run.out, c.out);
     if (!c.errLine.empty()) {
         EXPECT_EQ(occurrences(run.err, c.errLine), c.errTimes) << c.errLine << "in:\n" << run.err;
     }
     EXPECT_EQ(run.log.size(), c.requests.size()) << "requests the printer received";
     for (size_t i = 0; i < c.requests.size() && i < run.log.size(); ++i)
-        EXPECT_TRUE(sameBytes(c.requests[i], bytesFromHex(logValue(run.log[i], "raw")))) << "request " << i + 1;
+        EXPECT_EQ(logValue(run.log[i], "raw"), toHex(c.requests[i])) << "request " << i + 1;
 }
-
-std::string caseName(const ::testing::TestParamInfo<ModeCase>& info) { return info.param.name; }
 
 // clang-format off
 INSTANTIATE_TEST_SUITE_P(
-    Answering, Mode,
+    Runs, Mode,
     ::testing::Values(
-        ModeCase{"showSsid", {"-s"}, {}, kJoinedState, {envelope(kReadSsid)}, "HomeNet\n", 0},
-        ModeCase{"waitForConnection", {"-t"}, {"--join-after", "2"}, kConfiguredState,
-                 times(2, envelope(kReadConnection)), "", 0},
         ModeCase{"deviceStateReadyOnSecondPoll", {"-a"}, {"--ready-after", "2"}, "",
-                 times(2, envelope(kReadDeviceState)), "", 0},
-        ModeCase{"reset", {"-r"}, {}, kJoinedState, {envelope(kReset)}, "", 0},
-        ModeCase{"authStatusIsTheExitStatus", {"-802s"}, {}, "2A/1D=u8:2\n", {envelope(kReadAuthStatus)}, "", 2,
-                 "D [CVL] Status: 2 (Authenticated)\n"},
-        ModeCase{"certificateSettings", {"-cer"}, {}, "", {envelope(kReadOrganization), envelope(kReadCommonName)},
-                 "", 0, "D [CVL] Organization (26 bytes): Corvel Simulated Printers\n"},
+                 std::vector<Bytes>(2, envelope(kReadDeviceState)), "", 0},
         // Any other first argument: the full configuration with the defaults
         // (the option is not read), polls until joined, then the address.
         ModeCase{"defaultRun", {"--ssid=NotRead"}, {"--join-after", "2", "--ip", "10.0.0.9"}, kConfiguredState,
@@ -131,24 +109,19 @@ INSTANTIATE_TEST_SUITE_P(
         // Without --passwd= the password is read from standard input, after a prompt.
         ModeCase{"passwordPrompt", {"-c", "--ssid=x", "--security=WPA"}, {}, "",
                  {envelope(settings({mode(0), security(2), channel(6), ssid("x"), text(0x28, 0x11, "s3cret")}))},
-                 "npa data going: 2Please provide the password:\n\n", 0, {}, 1, "s3cret\n"}),
-    caseName);
-// clang-format on
-
-// Each entry of the mode table: repeated once, in plain form, after the
-// refusal of its first (wrapped) request, or ("-r", "-a") never.
-// clang-format off
-INSTANTIATE_TEST_SUITE_P(
-    RefusedEnvelope, Mode,
-    ::testing::Values(
-        ModeCase{"basic", kBasicArgs, kRefuse, "", {envelope(kBasic), kBasic}, "npa data going: 4npa data going: 4", 0,
-                 "D [CVL] Basic config ret = -1\n"},
+                 "npa data going: 2Please provide the password:\n\n", 0, {}, 1, "s3cret\n"},
+        // A settings answer that does not end in 0x01: result 1, no repeat.
+        ModeCase{"rejectedSettings", kBasicArgs, {"--fault", "reject-settings"}, "", {envelope(kBasic)},
+                 "npa data going: 4", 1, "D [CVL] Basic config ret = 1\n"},
+        // A silent printer: the status read ends with its own result.
+        ModeCase{"silentAuthStatus", {"-802s"}, kSilent, "", {envelope(kReadAuthStatus), kReadAuthStatus}, "", 255,
+                 "D [CVL] Auth status response (0 bytes)\n", 2},
+        // Each entry of the mode table: repeated once, in plain form, after
+        // the refusal of its first (wrapped) request, or ("-r", "-a") never.
         ModeCase{"advanced", kAdvancedArgs, kRefuse, "", {envelope(kAdvanced), kAdvanced},
                  "npa data going: 2npa data going: 2", 0, "D [CVL] Adv WPA-Personal ret = -1\n"},
         ModeCase{"address", {"-ip"}, kRefuse, kJoinedState, {envelope(kReadAddress), kReadAddress}, "192.168.1.57\n",
                  0},
-        ModeCase{"waitForConnection", {"-t"}, kRefuse, kJoinedState, {envelope(kReadConnection), kReadConnection},
-                 "", 0},
         ModeCase{"showSsid", {"-s"}, kRefuse, kJoinedState, {envelope(kReadSsid), kReadSsid}, "HomeNet\n", 0},
         // A plain answer holds no inner answer packet: the status is not found either time.
         ModeCase{"authStatus", {"-802s"}, kRefuse, "", {envelope(kReadAuthStatus), kReadAuthStatus}, "", 255,
@@ -156,30 +129,36 @@ INSTANTIATE_TEST_SUITE_P(
         // Marked for retry, but its result is always 0, so it never repeats.
         ModeCase{"certificateSettings", {"-cer"}, kRefuse, "", {envelope(kReadOrganization), envelope(kReadCommonName)},
                  "", 0, "D [CVL] Organization", 0},
-        ModeCase{"reset", {"-r"}, kRefuseFast, "", times(2, envelope(kReset)), "", 1},
-        ModeCase{"deviceState", {"-a"}, kRefuseFast, "", times(6, envelope(kReadDeviceState)), "", 1},
+        ModeCase{"deviceState", {"-a"}, kRefuseFast, "", std::vector<Bytes>(6, envelope(kReadDeviceState)), "", 1},
         // The default run repeats its settings itself; everything after goes plain.
-        ModeCase{"defaultRun", {"-x"}, kRefuse, kJoinedState,
+        ModeCase{"defaultRunRefused", {"-x"}, kRefuse, kJoinedState,
                  {envelope(kDefaultSettings), kDefaultSettings, kReadConnection, kReadAddress},
                  kDefaultRunHead + "npa data going: 0" + kAddressLine + "192.168.1.57\n", 0}),
-    caseName);
+    [](const ::testing::TestParamInfo<ModeCase>& info) { return info.param.name; });
 // clang-format on
 
-// A settings answer that does not end in 0x01: result 1, no repeat. A
-// silent printer: the settings and the status read end with their own
-// result (the attempts of each poll are the unit tests' part).
-// clang-format off
-INSTANTIATE_TEST_SUITE_P(
-    RejectedOrSilent, Mode,
-    ::testing::Values(
-        ModeCase{"rejectedSettings", kBasicArgs, kReject, "", {envelope(kBasic)}, "npa data going: 4", 1,
-                 "D [CVL] Basic config ret = 1\n"},
-        ModeCase{"silentBasic", kBasicArgs, kSilent, "", {envelope(kBasic), kBasic},
-                 "npa data going: 4npa data going: 4", 255},
-        ModeCase{"silentAuthStatus", {"-802s"}, kSilent, "", {envelope(kReadAuthStatus), kReadAuthStatus}, "", 255,
-                 "D [CVL] Auth status response (0 bytes)\n", 2}),
-    caseName);
-// clang-format on
+// Across runs sharing the state file: settings kept, joined after the
+// polls, and reset drops the network.
+TEST(NetworkLife, SettingsAreKeptJoinAfterThePollsAndResetDropsThem)
+{
+    SimDir dir;
+    ASSERT_EQ(runCorvelcfg(dir, {}, kBasicArgs).status, 0);
+    EXPECT_EQ(runCorvelcfg(dir, {}, {"-s"}).out, "HomeNet\n") << "the new SSID in a second run";
+
+    SimRun wait = runCorvelcfg(dir, {"--join-after", "2"}, {"-t"});
+    EXPECT_EQ(wait.status, 0);
+    ASSERT_EQ(wait.log.size(), 2u) << "joined on the second connection poll";
+    EXPECT_EQ(logValue(wait.log[0], "raw"), toHex(envelope(kReadConnection)));
+    EXPECT_EQ(bytesFromHex(logValue(wait.log[0], "answer")).back(), 0x01);
+    EXPECT_EQ(bytesFromHex(logValue(wait.log[1], "answer")).back(), 0x00);
+
+    SimRun reset = runCorvelcfg(dir, {}, {"-r"});
+    EXPECT_EQ(reset.status, 0);
+    ASSERT_EQ(reset.log.size(), 1u);
+    EXPECT_EQ(logValue(reset.log[0], "raw"), toHex(envelope(settings({item(0x06, 0x14, {0x01})}))));
+    const std::string state = dir.read("state.txt");
+    EXPECT_TRUE(holds(state, "joined=0") && holds(state, "resets=1")) << state;
+}
 
 }  // namespace
 }  // namespace e2e

@@ -2,7 +2,6 @@
 // corvelsim, unchanged, and dumps what it kept of the answer.
 #include <gtest/gtest.h>
 
-#include "tests/e2e/HexBytes.h"
 #include "tests/e2e/SimRun.h"
 
 namespace e2e {
@@ -25,75 +24,48 @@ const std::string kWrappedSsid = "A5 00 0F 50 E0 63 02 00 09 A5 00 06 50 E0 D8 0
 // (the bytes after A5, length and flags).
 const std::string kEmptySsid = "E0 D8 00 28 08 00 00";
 
-struct NpaCase {
-    const char* name;
-    std::vector<std::string> simOptions;
-    std::string request;  // as hex, "A5 00 ..."
-    std::string kept;     // what the utility keeps of the answer (at most 16 bytes), the same way
-};
-
-void PrintTo(const NpaCase& c, std::ostream* out) { *out << c.name; }
-
-class Npa : public ::testing::TestWithParam<NpaCase> {};
-
-TEST_P(Npa, SendsTheFileUnchangedAndDumpsWhatTheFrameRulesKeep)
-{
-    const NpaCase& c = GetParam();
-    const Bytes request = bytesFromHex(c.request), kept = bytesFromHex(c.kept);
-    SimRun run = runNpa(c.simOptions, c.request);
-    ASSERT_FALSE(run.timedOut);
-    EXPECT_EQ(run.status, 0) << run.err;
-    EXPECT_TRUE(
-        sameText("npaFileData: (" + std::to_string(2 * request.size()) + " bytes) " + toHex(request) + "\n", run.out));
-    ASSERT_EQ(run.log.size(), 1u);
-    EXPECT_TRUE(sameBytes(request, bytesFromHex(logValue(run.log[0], "raw"))));
-    // The trace dumps both, 16 bytes a line ("%02X " each, then "|" and the text).
-    const std::string requestDump = request.size() > 16 ? c.request.substr(0, 47) + " |" : c.request + " |";
-    EXPECT_NE(run.err.find("D [CVL] NPA data: " + std::to_string(request.size()) + " bytes\n" + requestDump),
-              std::string::npos)
-        << run.err;
-    EXPECT_NE(run.err.find("D [CVL] sendNPA response (" + std::to_string(kept.size()) + " bytes)\n" +
-                           (kept.empty() ? "" : c.kept + " |")),
-              std::string::npos)
-        << run.err;
-}
-
 // The real device node, its waits, the answers corvelsim gives and the frame
 // rules: noise before the start byte skipped, split packets joined, a packet
 // flagged bit 7 ending or dropped, a packet cut short dropped.
-// clang-format off
-INSTANTIATE_TEST_SUITE_P(
-    Answers, Npa,
-    ::testing::Values(
-        NpaCase{"plain", {}, kReadSsid, kEmptySsid},
-        // Envelope command, inner length, the inner answer whole.
-        NpaCase{"wrapped", {}, kWrappedSsid, "E0 63 02 00 0B A5 00 08 50 E0 D8 00 28 08 00 00"},
-        NpaCase{"unknownRequestRefused", {}, "A5 00 04 50 12 34 56", ""},
-        NpaCase{"silent", {"--fault", "silent"}, kReadSsid, ""},
-        NpaCase{"splitWithNoise", {"--fault", "split=3", "--fault", "noise=2"}, kReadSsid, kEmptySsid},
-        NpaCase{"bit7AfterEnds", {"--fault", "bit7=after"}, kReadSsid, kEmptySsid},
-        NpaCase{"bit7InsteadDropped", {"--fault", "bit7=instead"}, kReadSsid, ""},
-        NpaCase{"truncatedDropped", {"--fault", "truncate=3"}, kReadSsid, ""},
-        NpaCase{"lateWithinLimit", {"--fault", "late=150"}, kReadSsid, kEmptySsid},
-        NpaCase{"settingsRejected", {"--fault", "reject-settings"}, "A5 00 0A 50 E0 DA 01 06 14 00 00 01 01",
-                "E0 DA 01 00"}),
-    [](const ::testing::TestParamInfo<NpaCase>& info) { return info.param.name; });
-// clang-format on
-
-TEST(NpaDevice, MissingNodeIsReportedAndFurtherNodesAreServed)
+TEST(Npa, SendsTheFileUnchangedAndDumpsWhatTheFrameRulesKeep)
 {
-    SimRun missing = runNpa({}, kReadSsid, {"/dev/usb/lp3"});
-    EXPECT_EQ(missing.status, 0);
-    EXPECT_NE(missing.err.find("D [CVL] Failed to open usb device '/dev/usb/lp3'!\n"), std::string::npos)
-        << missing.err;
-    EXPECT_NE(missing.err.find("D [CVL] sendNPA response (0 bytes)\n"), std::string::npos) << missing.err;
-    EXPECT_TRUE(missing.log.empty());
-
-    SimRun served = runNpa({"--lp", "0", "--lp", "3"}, kReadSsid, {"/dev/usb/lp3"});
-    EXPECT_EQ(served.status, 0);
-    ASSERT_EQ(served.log.size(), 1u);
-    EXPECT_EQ(logValue(served.log[0], "port"), "3");
-    EXPECT_NE(served.err.find("D [CVL] sendNPA response (7 bytes)\n"), std::string::npos) << served.err;
+    // clang-format off
+    const struct {
+        const char* name;
+        std::vector<std::string> simOptions;
+        std::string request;  // as hex, "A5 00 ..."
+        std::string kept;     // what the utility keeps of the answer (at most 16 bytes), the same way
+        std::vector<std::string> device = {};  // the node, when not the first
+    } cases[] = {
+        {"plain", {}, kReadSsid, kEmptySsid},
+        // Envelope command, inner length, the inner answer whole.
+        {"wrapped", {}, kWrappedSsid, "E0 63 02 00 0B A5 00 08 50 E0 D8 00 28 08 00 00"},
+        {"unknownRequestRefused", {}, "A5 00 04 50 12 34 56", ""},
+        {"splitWithNoise", {"--fault", "split=3", "--fault", "noise=2"}, kReadSsid, kEmptySsid},
+        {"bit7AfterEnds", {"--fault", "bit7=after"}, kReadSsid, kEmptySsid},
+        {"bit7InsteadDropped", {"--fault", "bit7=instead"}, kReadSsid, ""},
+        {"truncatedDropped", {"--fault", "truncate=3"}, kReadSsid, ""},
+        {"lateWithinLimit", {"--fault", "late=150"}, kReadSsid, kEmptySsid},
+        {"furtherNodeServed", {"--lp", "0", "--lp", "3"}, kReadSsid, kEmptySsid, {"/dev/usb/lp3"}},
+    };
+    // clang-format on
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        const Bytes request = bytesFromHex(c.request), kept = bytesFromHex(c.kept);
+        SimRun run = runNpa(c.simOptions, c.request, c.device);
+        ASSERT_FALSE(run.timedOut);
+        EXPECT_EQ(run.status, 0) << run.err;
+        EXPECT_EQ(run.out, "npaFileData: (" + std::to_string(2 * request.size()) + " bytes) " + toHex(request) + "\n");
+        EXPECT_EQ(run.log.size(), 1u);
+        EXPECT_EQ(logValue(run.log.empty() ? "" : run.log[0], "raw"), toHex(request));
+        // The trace dumps both, 16 bytes a line ("%02X " each, then "|" and the text).
+        const std::string requestDump = request.size() > 16 ? c.request.substr(0, 47) + " |" : c.request + " |";
+        EXPECT_TRUE(holds(run.err, "D [CVL] NPA data: " + std::to_string(request.size()) + " bytes\n" + requestDump))
+            << run.err;
+        EXPECT_TRUE(holds(run.err, "D [CVL] sendNPA response (" + std::to_string(kept.size()) + " bytes)\n" +
+                                       (kept.empty() ? "" : c.kept + " |")))
+            << run.err;
+    }
 }
 
 }  // namespace
