@@ -22,16 +22,16 @@ done
 build=build/check
 mkdir -p build
 
-# The fuzz targets (clang) and the Debian packages are made at low priority
-# beside the main build and the tests, in process groups of their own: they
-# take the time the links and the simulated printer's waits leave idle, and
-# are stopped if the script ends early.
+# The fuzz targets (clang) and the Debian packages are made at the lowest
+# priority beside the main build and the tests, in process groups of their
+# own: they take the time the links and the simulated printer's waits leave
+# idle without slowing the main build, and are stopped if the script ends early.
 background=()
 trap 'for group in "${background[@]}"; do kill -- "-$group" 2>/dev/null || true; done' EXIT
 # The smoke runs are short: a quicker build matters more than their speed.
-FUZZ_OPTIMIZE=-O0 FUZZ_BUILD_ONLY=1 setsid nice -n 10 scripts/fuzz.sh >build/fuzz-build.log 2>&1 &
+FUZZ_OPTIMIZE=-O0 FUZZ_BUILD_ONLY=1 setsid nice -n 19 scripts/fuzz.sh >build/fuzz-build.log 2>&1 &
 fuzz_build=$!
-setsid nice -n 5 scripts/package-test.sh build/package >build/package-test.log 2>&1 &
+setsid nice -n 19 scripts/package-test.sh build/package >build/package-test.log 2>&1 &
 package_test=$!
 background=("$fuzz_build" "$package_test")
 
@@ -50,7 +50,7 @@ passed=$(ctest --test-dir "$build" -N | sed -n 's/^Total Tests: //p')
 
 echo "== fuzz smoke runs"
 wait "$fuzz_build" || { cat build/fuzz-build.log; exit 1; }
-FUZZ_OPTIMIZE=-O0 scripts/fuzz.sh "${FUZZ_SECONDS:-2}"
+FUZZ_OPTIMIZE=-O0 scripts/fuzz.sh "${FUZZ_SECONDS:-1}"
 
 echo "== package test"
 package_status=0
