@@ -15,6 +15,7 @@ packages=(
   dpkg-dev fakeroot                    # the Debian packages (cpack, dpkg-shlibdeps)
   mandoc man-db                        # manual pages: lint and reading
   bash-completion                      # the completion scripts' helpers
+  procps                               # pgrep: the test command stops its background builds
 )
 
 missing=()

@@ -23,15 +23,22 @@ build=build/check
 mkdir -p build
 
 # The fuzz targets (clang) and the Debian packages are made at the lowest
-# priority beside the main build and the tests, in process groups of their
-# own: they take the time the links and the simulated printer's waits leave
-# idle without slowing the main build, and are stopped if the script ends early.
+# priority beside the main build and the tests: they take the time the links
+# and the simulated printer's waits leave idle without slowing the main build.
+# They stay in this session (a session of their own would be scheduled as an
+# equal of this one, whatever their priority), and are stopped with everything
+# they started if the script ends early.
+stop_tree() {
+  local child
+  for child in $(pgrep -P "$1"); do stop_tree "$child"; done
+  kill "$1" 2>/dev/null || true
+}
 background=()
-trap 'for group in "${background[@]}"; do kill -- "-$group" 2>/dev/null || true; done' EXIT
+trap 'for job in "${background[@]}"; do stop_tree "$job"; done' EXIT
 # The smoke runs are short: a quicker build matters more than their speed.
-FUZZ_OPTIMIZE=-O0 FUZZ_BUILD_ONLY=1 setsid nice -n 19 scripts/fuzz.sh >build/fuzz-build.log 2>&1 &
+FUZZ_OPTIMIZE=-O0 FUZZ_BUILD_ONLY=1 nice -n 19 scripts/fuzz.sh >build/fuzz-build.log 2>&1 &
 fuzz_build=$!
-setsid nice -n 19 scripts/package-test.sh build/package >build/package-test.log 2>&1 &
+nice -n 19 scripts/package-test.sh build/package >build/package-test.log 2>&1 &
 package_test=$!
 background=("$fuzz_build" "$package_test")
 
