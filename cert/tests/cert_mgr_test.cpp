@@ -188,6 +188,19 @@ TEST(CertMgr, RequestMustFitItsBufferWithItsTerminator)
     EXPECT_EQ(captured.err, "D [CVL] The deleteIndividualCA request does not fit its 3072-byte buffer!\n");
 }
 
+// A certificate file is read whole when it fits its buffer, and refused
+// before a byte is read when it is even one byte larger.
+TEST(CertMgr, FileIsLoadedOnlyWhenItFitsTheBuffer)
+{
+    for (const size_t size : {16u, 17u}) {
+        const TempFile file(std::string(size, 'x'));
+        std::vector<uint8_t> buffer(16, 0);
+        // Not captured: a read past the buffer must show the sanitizer's report.
+        EXPECT_EQ(CertMgr::loadFromFile(buffer.data(), 16, file.path), size == 16 ? 16 : -1) << size;
+        EXPECT_EQ(buffer[0], size == 16 ? 'x' : 0) << size;
+    }
+}
+
 TEST(CertMgr, ConstructionNeedsAUsbPath)
 {
     const Captured captured = captureOutput([] { EXPECT_EQ(CertMgr::create(""), nullptr); });
