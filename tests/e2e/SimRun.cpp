@@ -5,7 +5,6 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <cctype>
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
@@ -113,25 +112,6 @@ std::string logValue(const std::string& line, const std::string& key)
     size_t end = at + 1;
     while (end < line.size() && line[end] != '"') end += line[end] == '\\' ? 2 : 1;
     return line.substr(at + 1, end - at - 1);
-}
-
-Bytes bytesFromHex(const std::string& hex)
-{
-    std::string digits;
-    for (char c : hex)
-        if (std::isxdigit(static_cast<unsigned char>(c))) digits += c;
-    Bytes bytes;
-    for (size_t i = 0; i + 1 < digits.size(); i += 2)
-        bytes.push_back(uint8_t(std::stoi(digits.substr(i, 2), nullptr, 16)));
-    return bytes;
-}
-
-std::string toHex(const Bytes& bytes)
-{
-    static const char digits[] = "0123456789ABCDEF";
-    std::string hex;
-    for (uint8_t b : bytes) hex += {digits[b >> 4], digits[b & 15]};
-    return hex;
 }
 
 int occurrences(const std::string& text, const std::string& part)

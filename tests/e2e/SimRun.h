@@ -6,12 +6,17 @@
 #include <string>
 #include <vector>
 
+#include "tests/support/HexText.h"
+
 namespace e2e {
 
 using Bytes = std::vector<uint8_t>;
-Bytes bytesFromHex(const std::string& hex);  // "A50006..." (blanks allowed)
-std::string toHex(const Bytes& bytes);       // "A50006..."
-inline std::string toHex(const std::string& text) { return toHex(Bytes(text.begin(), text.end())); }
+// "A50006...", as the request log writes bytes.
+template <typename ByteText>
+std::string toHex(const ByteText& bytes)
+{
+    return hexOf(bytes, "");
+}
 
 // A temporary directory, removed with everything in it at the end.
 class SimDir {

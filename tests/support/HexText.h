@@ -18,15 +18,19 @@ inline std::vector<uint8_t> bytesFromHex(std::string text)
     return bytes;
 }
 
-inline std::string hexOf(const std::vector<uint8_t>& bytes)
+// Bytes -> "A5 00 06", or "A50006" with `between` "".
+inline std::string hexOf(const std::vector<uint8_t>& bytes, const std::string& between = " ")
 {
     std::string text;
-    char pair[4];
+    char pair[3];
     for (uint8_t byte : bytes) {
-        std::snprintf(pair, sizeof pair, text.empty() ? "%02X" : " %02X", byte);
-        text += pair;
+        std::snprintf(pair, sizeof pair, "%02X", byte);
+        text += (text.empty() ? "" : between) + pair;
     }
     return text;
 }
 
-inline std::string hexOf(const std::string& text) { return hexOf(std::vector<uint8_t>(text.begin(), text.end())); }
+inline std::string hexOf(const std::string& text, const std::string& between = " ")
+{
+    return hexOf(std::vector<uint8_t>(text.begin(), text.end()), between);
+}
