@@ -7,7 +7,7 @@ packages=(
   cmake g++ make ninja-build pkg-config  # toolchain
   libusb-dev libssl-dev                # the utility: libusb-0.1, OpenSSL
   openssl                              # certificates made and signed in the tests and the demo
-  libgtest-dev libgmock-dev            # unit tests
+  libgtest-dev                         # unit tests
   umockdev libumockdev-dev faketime    # the simulated printer and its fast clock
   libpugixml-dev                       # the simulated printer's XML
   clang libclang-rt-14-dev             # fuzzing (libFuzzer)
