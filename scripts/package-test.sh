@@ -86,6 +86,12 @@ if [ "$status" -ne 0 ] || ! grep -q '^  USAGE:$' "$scratch/usage.out" || [ -s "$
   fail "corvelcfg without arguments: exit status $status, output:"
   cat "$scratch/usage.out" "$scratch/usage.err" >&2
 fi
+# -h prints the same text (standard error holds the transport's last line).
+status=0
+"$root/usr/bin/corvelcfg" -h >"$scratch/help.out" 2>/dev/null || status=$?
+if [ "$status" -ne 0 ] || ! cmp -s "$scratch/usage.out" "$scratch/help.out"; then
+  fail "corvelcfg -h: exit status $status, or not the usage text"
+fi
 
 sim_version=$("$root/usr/bin/corvelsim" --version 2>&1) || fail "corvelsim --version failed"
 if [ "$sim_version" != "corvelsim $version" ]; then

@@ -132,27 +132,6 @@ TEST_F(RunDriver, RawPacketAnswerIsAwaitedTenSeconds)
     EXPECT_EQ(printer.events, (Lines{"open", "close", "destroyed"}));
 }
 
-// With -file the settings file fills the record and the options are ignored;
-// the USB path is still taken from the command line.
-TEST_F(RunDriver, SettingsFileFillsTheRecord)
-{
-    const TempFile settings("--ssid=\"Office Net\"\n");
-    script({});
-    run({"-c", "-file", settings.path, "/dev/usb/lp5", "--ssid=ignored"});
-    ASSERT_FALSE(printer.writes.empty());
-    EXPECT_EQ(printer.paths[0], "/dev/usb/lp5");
-    EXPECT_NE(printer.writes[0].find("Office Net"), std::string::npos);
-}
-
-TEST_F(RunDriver, UsageWithoutArgumentsAndForDashH)
-{
-    const RunResult bare = run({}), help = run({"-h"});
-    EXPECT_EQ(bare.status + help.status, 0);
-    EXPECT_NE(bare.out.find("USAGE:"), std::string::npos);
-    EXPECT_EQ(help.out, bare.out);
-    EXPECT_TRUE(printer.paths.empty());
-}
-
 // A printer whose node fails with EIO ends the run at its first read: one
 // line, no request sent again, no fixed wait beyond the first exchange's, and
 // the status the mode gives a printer that does not answer at all.

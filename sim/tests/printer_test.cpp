@@ -58,6 +58,10 @@ TEST(PrinterState, JoinsOnlyWithTheSecretItsSecurityNeeds)
     PrinterState noSsid(NetworkLife{});
     noSsid.applySettings({{0x28, 0x22, u32(0)}});
     EXPECT_EQ(noSsid.readField(0x28, 0x15), Bytes{0x01});
+    // A reset drops the network and is counted; it is no setting.
+    noSsid.joined = true;
+    noSsid.applySettings({{0x06, 0x14, {0x01}}});
+    EXPECT_TRUE(!noSsid.joined && noSsid.resets == 1 && noSsid.items.size() == 1);
 }
 
 TEST(DecodePacket, TellsRequestsApartAndNamesWhatIsWrong)

@@ -25,7 +25,9 @@ std::string settingsOfSize(size_t size, const std::string& ssid)
 }
 
 // Files past the bound are refused before anything reaches the printer;
-// pipes, FIFOs and a file right at the bound are read as files are.
+// pipes, FIFOs and a file right at the bound are read as files are: they
+// fill the record (options after the path are ignored), and the path after
+// the file's name is the printer's (only lp3 is served).
 TEST(HostileInput, InputFilesAreReadWithinABound)
 {
     SimDir dir;
@@ -43,13 +45,13 @@ TEST(HostileInput, InputFilesAreReadWithinABound)
          "D [CVL] Cannot read settings file '/dev/zero': File too large\n", nullptr},
         {"past the limit", "exec \"$0\" -icer -file past-limit.conf", 2,
          "D [CVL] Cannot read settings file 'past-limit.conf': File too large\n", nullptr},
-        {"at the limit", "exec \"$0\" -c -file at-limit.conf", 0, "", "Edge"},
-        {"fifo", "mkfifo net.fifo && { printf -- '--ssid=Fifo\\n' >net.fifo & } && exec \"$0\" -c -file net.fifo", 0,
-         "", "Fifo"},
+        {"at the limit", "exec \"$0\" -c -file at-limit.conf /dev/usb/lp3 --ssid=Ignored", 0, "", "Edge"},
+        {"fifo", "mkfifo f && { printf -- '--ssid=Fifo\\n' >f & } && exec \"$0\" -c -file f /dev/usb/lp3", 0, "",
+         "Fifo"},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
-        const SimRun run = runSim(dir, {}, {"/bin/bash", "-c", c.script, CORVELCFG_PATH});  // $0: corvelcfg
+        const SimRun run = runSim(dir, {"--lp", "3"}, {"/bin/bash", "-c", c.script, CORVELCFG_PATH});  // $0: corvelcfg
         ASSERT_FALSE(run.timedOut);
         EXPECT_EQ(run.status, c.status) << run.err;
         if (c.ssid == nullptr) {

@@ -123,6 +123,7 @@ INSTANTIATE_TEST_SUITE_P(
         ModeCase{"address", {"-ip"}, kRefuse, kJoinedState, {envelope(kReadAddress), kReadAddress}, "192.168.1.57\n",
                  0},
         ModeCase{"showSsid", {"-s"}, kRefuse, kJoinedState, {envelope(kReadSsid), kReadSsid}, "HomeNet\n", 0},
+        ModeCase{"reset", {"-r"}, {}, kJoinedState, {envelope(settings({item(0x06, 0x14, {0x01})}))}, "", 0},
         // A plain answer holds no inner answer packet: the status is not found either time.
         ModeCase{"authStatus", {"-802s"}, kRefuse, "", {envelope(kReadAuthStatus), kReadAuthStatus}, "", 255,
                  "D [CVL] 802.1x Authentication status...\n", 2},
@@ -136,29 +137,6 @@ INSTANTIATE_TEST_SUITE_P(
                  kDefaultRunHead + "npa data going: 0" + kAddressLine + "192.168.1.57\n", 0}),
     [](const ::testing::TestParamInfo<ModeCase>& info) { return info.param.name; });
 // clang-format on
-
-// Across runs sharing the state file: settings kept, joined after the
-// polls, and reset drops the network.
-TEST(NetworkLife, SettingsAreKeptJoinAfterThePollsAndResetDropsThem)
-{
-    SimDir dir;
-    ASSERT_EQ(runCorvelcfg(dir, {}, kBasicArgs).status, 0);
-    EXPECT_EQ(runCorvelcfg(dir, {}, {"-s"}).out, "HomeNet\n") << "the new SSID in a second run";
-
-    SimRun wait = runCorvelcfg(dir, {"--join-after", "2"}, {"-t"});
-    EXPECT_EQ(wait.status, 0);
-    ASSERT_EQ(wait.log.size(), 2u) << "joined on the second connection poll";
-    EXPECT_EQ(logValue(wait.log[0], "raw"), toHex(envelope(kReadConnection)));
-    EXPECT_EQ(bytesFromHex(logValue(wait.log[0], "answer")).back(), 0x01);
-    EXPECT_EQ(bytesFromHex(logValue(wait.log[1], "answer")).back(), 0x00);
-
-    SimRun reset = runCorvelcfg(dir, {}, {"-r"});
-    EXPECT_EQ(reset.status, 0);
-    ASSERT_EQ(reset.log.size(), 1u);
-    EXPECT_EQ(logValue(reset.log[0], "raw"), toHex(envelope(settings({item(0x06, 0x14, {0x01})}))));
-    const std::string state = dir.read("state.txt");
-    EXPECT_TRUE(holds(state, "joined=0") && holds(state, "resets=1")) << state;
-}
 
 }  // namespace
 }  // namespace e2e

@@ -87,13 +87,4 @@ TEST(SimpleSAXParser, StopEndsTheParseAfterTheCurrentElement)
     }
 }
 
-TEST(SimpleSAXParser, NothingCarriesOverBetweenRuns)
-{
-    RecordingHandler handler;
-    SimpleSAXParser parser(&handler);
-    EXPECT_EQ(parser.parse("<a><b>"), 0);
-    EXPECT_EQ(parser.parse("</b>"), 0);  // nothing open: not an element, skipped as prolog
-    EXPECT_EQ(handler.log, "startDocument\nstart a\nstart b\nendDocument\nstartDocument\nendDocument\n");
-}
-
 }  // namespace
