@@ -111,8 +111,8 @@ const char* faultHelp()
            "  cert-silent       the certificate manager does not answer; other requests\n"
            "                    are answered\n"
            "  vanish[=N]        answer N requests (0..100000, default 0), then go away at\n"
-           "                    the next one, as when unplugged: the device node hangs up\n"
-           "                    (lp nodes only)\n";
+           "                    the next one, as when unplugged: the device node hangs up,\n"
+           "                    or the USB device fails every call with ENODEV\n";
 }
 
 bool addFault(FaultSet& faults, const std::string& faultText, std::string& error)

@@ -1,6 +1,7 @@
 #include "sim/PrinterServer.h"
 
 #include <poll.h>
+#include <sys/socket.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -116,10 +117,14 @@ void PrinterServer::handleRequest(Port& port, const Request& request, bool answe
     entry.usbAddress = port.usbAddress;
     entry.bulkOut.swap(port.bulkOut);
     entry.request = &request;
-    if (answer && port.lp >= 0 && m_Faults.vanishAfter >= 0 && m_Answered >= m_Faults.vanishAfter) {
+    if (answer && m_Faults.vanishAfter >= 0 && m_Answered >= m_Faults.vanishAfter) {
         entry.faults.push_back("vanish");
         m_Log.write(entry);
-        m_Testbed.hangUp(port.lp);
+        if (port.lp >= 0) {
+            m_Testbed.hangUp(port.lp);
+        } else {
+            shutdown(port.fd, SHUT_RDWR);  // the USB device sees its socket end
+        }
         port.fd = -1;  // poll() skips it from now on
         port.outbox.clear();
         return;

@@ -207,6 +207,13 @@ void UsbPrinterDevice::handle(::_UMockdevIoctlClient* client)
         return;
     }
     std::lock_guard<std::mutex> guard(m_Lock);
+    // Unplugged, every call fails with ENODEV, as the kernel answers for a
+    // device that is gone (transfers still pending are never reaped).
+    if (unplugged()) {
+        umockdev_ioctl_client_complete(client, -1, ENODEV);
+        if (data) g_object_unref(data);
+        return;
+    }
     switch (request) {
     case USBDEVFS_CONNECTINFO: {
         auto* info = reinterpret_cast<usbdevfs_connectinfo*>(data->data);
@@ -254,7 +261,15 @@ void UsbPrinterDevice::dropUnreadAnswer()
     // The answer to an earlier request that the client did not read.
     m_Answer.clear();
     static thread_local uint8_t scratch[kLargestMessage];
-    while (recv(m_DeviceFd, scratch, sizeof scratch, 0) >= 0) {}
+    while (recv(m_DeviceFd, scratch, sizeof scratch, 0) > 0) {}
+}
+
+bool UsbPrinterDevice::unplugged()
+{
+    // The server shuts its end of the socket when the printer goes away.
+    char next;
+    if (!m_Unplugged) m_Unplugged = recv(m_DeviceFd, &next, 1, MSG_PEEK) == 0;
+    return m_Unplugged;
 }
 
 void UsbPrinterDevice::submit(::_UMockdevIoctlClient* client, ::_UMockdevIoctlData* data)

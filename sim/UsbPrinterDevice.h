@@ -59,7 +59,8 @@ public:
     UsbPrinterDevice& operator=(const UsbPrinterDevice&) = delete;
 
     // The server's end of the packet socket (non-blocking): one message per
-    // bulk OUT transfer comes out, answer bytes go in.
+    // bulk OUT transfer comes out, answer bytes go in. Shutting it down
+    // unplugs the device.
     int serverFd() const { return m_ServerFd; }
     std::string address() const { return usbAddress(m_Options.bus, m_Options.device); }
 
@@ -77,6 +78,7 @@ private:
     void discard(::_UMockdevIoctlClient* client, ::_UMockdevIoctlData* arg);
     void reap(::_UMockdevIoctlClient* client, ::_UMockdevIoctlData* arg);
     bool fillPendingIn();
+    bool unplugged();
     bool isBulkEndpoint(unsigned endpoint) const;
     void dropUnreadAnswer();
     static void release(Urb& urb);
@@ -91,6 +93,7 @@ private:
     std::deque<Urb> m_PendingIn;  // IN transfers waiting for answer bytes
     std::deque<Urb> m_Completed;  // transfers ready to be reaped
     Bytes m_Answer;               // answer bytes not yet handed out
+    bool m_Unplugged = false;
 };
 
 }  // namespace corvelsim

@@ -152,6 +152,7 @@ int32_t HCUSBTransport::read(uint8_t* buffer, int32_t length)
             }
         }
         if (status != IoStatus::DataReady) {
+            checkGone();
             break;
         }
         const int32_t more = m_Connector->read(buffer + got, length - got);

@@ -2,6 +2,7 @@
 // moves bytes through its bulk endpoints; received packets wait in a FIFO.
 #include "transport/LibUsbConnector.h"
 
+#include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 
@@ -12,6 +13,7 @@ namespace {
 
 constexpr int kTimedOut = -110;         // -ETIMEDOUT from libusb
 constexpr int kStalled = -32;           // -EPIPE from libusb
+constexpr int kNoDevice = -19;          // -ENODEV from libusb: the device was unplugged
 constexpr int kReadWaitMs = 10000;      // a read waits this long for each missing packet
 constexpr int kWriteLimitMs = 5000;     // time limit of one bulk write
 constexpr uint8_t kBulkTransfer = 2;    // bmAttributes & 3
@@ -98,6 +100,12 @@ void LibUsbConnector::takeBulkEndpoints(const usb_interface_descriptor& setting)
     }
 }
 
+void LibUsbConnector::recordResult(IoStatus status)
+{
+    if (status == IoStatus::Gone) m_Error = ENODEV;
+    record(status);
+}
+
 int LibUsbConnector::open()
 {
     record(IoStatus::Failed);
@@ -143,8 +151,9 @@ IoStatus LibUsbConnector::waitReadable(int32_t timeLimit)
         } else {
             status = IoStatus::Failed;  // an error, or a packet the FIFO has no room for
         }
+        if (got == kNoDevice) status = IoStatus::Gone;
     }
-    record(status);
+    recordResult(status);
     return status;
 }
 
@@ -201,7 +210,7 @@ int32_t LibUsbConnector::write(const uint8_t* buffer, int32_t length)
             break;
         }
         if (sent < 0) {
-            record(IoStatus::Failed);
+            recordResult(sent == kNoDevice ? IoStatus::Gone : IoStatus::Failed);
             break;
         }
         fruitlessTries = 0;

@@ -47,6 +47,8 @@ public:
 private:
     bool claim(struct usb_device* device, const usb_config_descriptor& config, const usb_interface_descriptor& setting);
     void takeBulkEndpoints(const usb_interface_descriptor& setting);
+    // Records the status; an unplugged device keeps ENODEV as its reason.
+    void recordResult(IoStatus status);
 
     UsbCalls& m_Usb;
     ByteFifo m_ReadBuffer{kFifoCapacity};  // received bytes not yet read

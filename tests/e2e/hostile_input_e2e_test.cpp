@@ -65,9 +65,9 @@ TEST(HostileInput, InputFilesAreReadWithinABound)
     }
 }
 
-// The printer goes away (its node hangs up) when request N+1 arrives: the
-// run reports it once, sends nothing more and ends with the status the mode
-// gives a printer that does not answer.
+// The printer goes away when request N+1 arrives (its node hangs up, or its
+// USB device fails every call): the run reports it once, sends nothing more
+// and ends with the status the mode gives a printer that does not answer.
 TEST(HostileInput, PrinterUnpluggedDuringTheRunEndsIt)
 {
     const struct {
@@ -80,20 +80,22 @@ TEST(HostileInput, PrinterUnpluggedDuringTheRunEndsIt)
         {{"-npa", "-file", "read-ssid.hex", "/dev/usb/lp0"}, 0, 0},
         {{"-rcerdefs"}, 0, 1},
     };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.args[0] + " after " + std::to_string(c.answered));
-        SimDir dir;
-        dir.write("read-ssid.hex", "A5 00 06 50 E0 D8 00 28 08\n");
-        const SimRun run = runCorvelcfg(dir, {"--fault", "vanish=" + std::to_string(c.answered)}, c.args);
-        ASSERT_FALSE(run.timedOut);
-        EXPECT_EQ(run.status, c.status);
-        EXPECT_EQ(occurrences(run.err, "D [CVL] The printer is gone (No such device): no further requests are sent.\n"),
-                  1)
-            << run.err;
-        EXPECT_EQ(occurrences(run.err, "Failed to open"), 0);
-        ASSERT_EQ(run.log.size(), size_t(c.answered) + 1);
-        EXPECT_NE(run.log.back().find("\"faults\":[\"vanish\"]"), std::string::npos);
-    }
+    const std::string gone = "D [CVL] The printer is gone (No such device): no further requests are sent.\n";
+    for (const bool usb : {false, true})
+        for (const auto& c : cases) {
+            SCOPED_TRACE(c.args[0] + " after " + std::to_string(c.answered) + (usb ? " over USB" : ""));
+            SimDir dir;
+            dir.write("read-ssid.hex", "A5 00 06 50 E0 D8 00 28 08\n");
+            std::vector<std::string> simOptions = {"--fault", "vanish=" + std::to_string(c.answered)}, args = c.args;
+            if (usb) simOptions.insert(simOptions.end(), {"--usb", "001:004"}), args.push_back("001:004");
+            const SimRun run = runCorvelcfg(dir, simOptions, args);
+            ASSERT_FALSE(run.timedOut);
+            EXPECT_EQ(run.status, c.status);
+            EXPECT_EQ(occurrences(run.err, gone), 1) << run.err;
+            EXPECT_EQ(occurrences(run.err, "Failed to open"), 0);
+            ASSERT_EQ(run.log.size(), size_t(c.answered) + 1);
+            EXPECT_NE(run.log.back().find("\"faults\":[\"vanish\"]"), std::string::npos);
+        }
 }
 
 // Output that cannot be written is a failure (74) with its reason. Tried

@@ -13,7 +13,7 @@
 
 namespace {
 
-constexpr int kTimedOut = -110, kStalled = -32;
+constexpr int kTimedOut = -110, kStalled = -32, kNoDevice = -19;
 
 // Bus "003" holding device "007": one printer interface with a bulk OUT
 // endpoint 0x01 and a bulk IN endpoint 0x82 of 64-byte packets. Bulk writes
@@ -91,6 +91,7 @@ TEST(LibUsbWrite, SendsPiecesOfThePacketSizeWithinTheTryBound)
         {"takes part of a piece", {40, 24}, 100, {64, 60, 36}, IoStatus::Ok, 0},
         {"stall", {64, kStalled}, 64, {64, 36}, IoStatus::Unavailable, 0},
         {"error", {-5}, 0, {64}, IoStatus::Failed, 0},
+        {"unplugged", {64, kNoDevice}, 64, {64, 36}, IoStatus::Gone, 0},
     };
     // clang-format on
     std::string request(100, '\0');
