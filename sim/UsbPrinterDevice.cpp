@@ -22,6 +22,7 @@ constexpr uint8_t kPrinterClass = 7, kVendorClass = 0xFF;
 constexpr uint8_t kBulk = 2, kInterrupt = 3;
 constexpr size_t kLargestMessage = 65536;
 constexpr unsigned kDirectionIn = 0x80;
+constexpr unsigned kOtherOutPacketSize = 512;  // the second-claims layout's OUT endpoint
 
 struct Endpoint {
     uint8_t address;
@@ -40,10 +41,13 @@ std::vector<Interface> interfacesOf(const UsbDeviceOptions& options)
     const Endpoint out{0x01, kBulk, size}, in{0x82, kBulk, size};
     switch (options.layout) {
     case UsbLayout::Printer: break;
-    // The first interface announces another packet size, so that a client
-    // that took its endpoints would cut its transfers differently.
+    // The first interface announces other packet sizes, and so does the
+    // second one's OUT endpoint, so that a client that took its sizes from
+    // anywhere but the claimed bulk IN endpoint would cut its transfers
+    // differently.
     case UsbLayout::SecondClaims:
-        return {{kPrinterClass, {{0x03, kBulk, 8}, {0x84, kBulk, 8}}}, {kPrinterClass, {out, in}}};
+        return {{kPrinterClass, {{0x03, kBulk, 8}, {0x84, kBulk, 8}}},
+                {kPrinterClass, {{0x01, kBulk, kOtherOutPacketSize}, in}}};
     case UsbLayout::NoPrinter: return {{kVendorClass, {out, in}}};
     case UsbLayout::NoBulkIn: return {{kPrinterClass, {out, {0x83, kInterrupt, 8}}}};
     }

@@ -78,7 +78,8 @@ TEST(LibUsbRoute, ClaimsThePrinterAndWritesInPacketsOrReportsTheFailure)
         int answerBytes = 4;  // what the utility reads of the settings answer
     } cases[] = {
         {"packet30", {"--usb", "001:004", "--usb-packet", "30"}, "001:004", "30,30,30,10"},
-        // The first interface announces 8-byte packets; the claimed one 64.
+        // The first interface announces 8-byte packets, the claimed one's OUT
+        // endpoint 512: only its IN endpoint's 64 cuts the request.
         {"secondInterfaceClaimed", {"--usb", "001:004", "--usb-layout", "second-claims"}, "001:004", "64,36"},
         // Without a bulk IN endpoint the packet size stays 32, and no answer can be read.
         {"noBulkIn", {"--usb", "001:004", "--usb-layout", "no-bulk-in", "--speed", "50"}, "001:004", "32,32,32,4", 0},
