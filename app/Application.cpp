@@ -40,8 +40,6 @@ const ModeEntry kModeTable[] = {
     {"-cer", &WirelessConfigurator::queryCertSettings, true},
 };
 
-const char* const kDefaultUsbPath = "/dev/usb/lp0";
-
 }  // namespace
 
 Application::Application(int argc, const char* const* argv) : m_Argc(argc)

@@ -5,8 +5,11 @@
 #include <string>
 #include <vector>
 
+// The printer when a command line names none.
+inline const char* const kDefaultUsbPath = "/dev/usb/lp0";
+
 struct ConfigDetails {
-    std::string usbPath = "/dev/usb/lp0";
+    std::string usbPath = kDefaultUsbPath;
     std::string ssid;
     std::string channel = "6";
     std::string mode = "Managed";

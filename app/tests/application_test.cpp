@@ -82,6 +82,7 @@ Lines operator+(Lines a, const Lines& b) { return a.insert(a.end(), b.begin(), b
 TEST_F(RunDriver, RequestsResultsAndPlainRetries)
 {
     const TempFile packet("0xa5, 00 6 5");  // blanks, commas and the x skipped; the odd digit dropped
+    const TempFile settings("--ssid=net\n");
     // clang-format off
     const struct {
         std::vector<std::string> args;
@@ -90,17 +91,22 @@ TEST_F(RunDriver, RequestsResultsAndPlainRetries)
         int status;
         std::string out;
         const char* err = nullptr;  // the whole standard error, where given
+        const char* path = "/dev/usb/lp0";  // the printer every exchange opened
     } cases[] = {
         {{"-c", "--ssid=net"}, {kRefused, "A5 00 04 50 E0 DA 01"}, {kWrappedSettings, kPlainSettings}, 0, kShown + kShown},
         {{"-t"}, {kRefused, kRefused}, {wrappedRead("28 15"), plainRead("28 15")}, 255, ""},
         // Reset and device status are never asked again in plain form.
         {{"-r"}, {kRefused, kRefused}, repeated(kWrappedReset, 2), 1, ""},
-        {{"-npa", "-file", packet.path}, {}, {"0A 50 06"}, 0, "npaFileData: (7 bytes) 0a50065\n"},
+        // With no USB path, the packet file's name (it has no "-") is taken for one.
+        {{"-npa", "-file", packet.path}, {}, {"0A 50 06"}, 0, "npaFileData: (7 bytes) 0a50065\n", nullptr,
+         packet.path.c_str()},
         // Any other first argument runs the whole configuration (options unread) and always succeeds.
         {{"--ssid=net"}, {},
          Lines{kWrappedNoSSID, kPlainNoSSID} + repeated(plainRead("28 15"), 4) + repeated(plainRead("0A 02"), 7), 0,
          kShown + "Configuring the printer....\nResetting the printer....\nConnecting to wireless network...." + kShown +
              kShown + "Acquiring network address....\nIP-ADDRESS : "},
+        {{"-c", "-file", settings.path}, {kRefused, "A5 00 04 50 E0 DA 01"}, {kWrappedSettings, kPlainSettings}, 0,
+         kShown + kShown},
         {{"-c", "-file", "/nonexistent/net.conf"}, {}, {}, kInputFileError, "",
          "D [CVL] Cannot read settings file '/nonexistent/net.conf': No such file or directory\n"},
         {{"-ca", "-file"}, {}, {}, kInputFileError, "", "D [CVL] -file needs the name of a settings file!\n"},
@@ -112,6 +118,7 @@ TEST_F(RunDriver, RequestsResultsAndPlainRetries)
         script(c.answers);
         const RunResult result = run(c.args);
         EXPECT_EQ(writesInHex(), c.writes);
+        EXPECT_EQ(printer.paths, Lines(c.writes.size(), c.path));
         EXPECT_EQ(result.status, c.status);
         EXPECT_EQ(result.out, c.out);
         if (c.err != nullptr) {
@@ -120,16 +127,40 @@ TEST_F(RunDriver, RequestsResultsAndPlainRetries)
     }
 }
 
-// The raw packet's answer is collected for ten seconds after the 2-second
-// wait; a silent printer lets five seconds pass per read. The node is closed
-// after the exchange, not left open until the end.
-TEST_F(RunDriver, RawPacketAnswerIsAwaitedTenSeconds)
+// An answer is collected for its exchange's time limit after the 2-second
+// wait: a printer that never ends its answers (one "more follows" packet of
+// one byte a second) is read until then, not longer. The node is closed after
+// the exchange, not left open until the end.
+TEST_F(RunDriver, AnswersAreCollectedForTheirExchangesTimeLimit)
 {
-    run({"-npa"});
-    const std::time_t waited = clock.now() - clock.start;
-    EXPECT_GE(waited, 2 + 10);
-    EXPECT_LT(waited, 2 + 10 + 5);
-    EXPECT_EQ(printer.events, (Lines{"open", "close", "destroyed"}));
+    const struct {
+        std::vector<std::string> args;
+        std::vector<int> limitSeconds;  // one per exchange
+    } cases[] = {
+        {{"-npa"}, {10}},
+        // The old certificate is deleted, then a key is made: that takes longer.
+        {{"-csr", "--cer-path=/nonexistent/csr.pem"}, {5, 10}},
+    };
+    const std::string packet("\xA5\x00\x02\x20\x41", 5);
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.args[0]);
+        script({});
+        clock.microseconds = 0;
+        long long exchangeStart = 0;  // seconds, when the exchange's request leaves
+        for (const int limit : c.limitSeconds) {
+            std::deque<Arrival>& endless = scripted.printer.answers.emplace_back();
+            for (long long second = 3; second < 40; ++second)
+                endless.push_back({(exchangeStart + second) * 1000000, packet});
+            exchangeStart += 2 + limit;
+        }
+        const RunResult result = run(c.args);
+        EXPECT_EQ(clock.now() - clock.start, exchangeStart);
+        EXPECT_EQ(printer.writes.size(), c.limitSeconds.size());
+        if (c.args[0] == "-npa") {
+            EXPECT_NE(result.err.find("D [CVL] sendNPA response (10 bytes)\n"), std::string::npos) << result.err;
+            EXPECT_EQ(printer.events, (Lines{"open", "close", "destroyed"}));
+        }
+    }
 }
 
 // A printer whose node fails with EIO ends the run at its first read: one

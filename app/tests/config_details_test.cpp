@@ -32,33 +32,18 @@ ConfigDetails fromFile(const std::string& content)
     return config;
 }
 
-TEST(GetOptionValue, QuoteRuleOrKeyLength)
+// A later option wins; a key is matched exactly (case counts), also inside
+// another option, whose value then starts the key's length into the argument;
+// a value with a quote is what follows the first quote.
+TEST(ParseArguments, LaterOptionsWinAndValuesFollowTheQuoteRule)
 {
-    const struct {
-        const char* argument;
-        const char* key;
-        const char* expected;
-    } cases[] = {
-        {"--ssid=My Net", "--ssid=", "My Net"},
-        {"--ssid=\"My Net\"", "--ssid=", "My Net"},
-        {"--passwd=ab\"cd", "--passwd=", "cd"},            // after the first quote, to the end
-        {"--channel=11", "--ssid=", "old"},                // key absent: untouched
-        {"--passwd=x--ssid=y", "--ssid=", "d=x--ssid=y"},  // found inside, cut by the key's length
-    };
-    for (const auto& c : cases) {
-        std::string value = "old";
-        EXPECT_EQ(getOptionValue(c.argument, c.key, value), 0);
-        EXPECT_EQ(value, c.expected) << c.argument << " with key " << c.key;
-    }
-}
-
-// A later option wins; a key is matched exactly (case counts).
-TEST(ParseArguments, LaterOptionsWin)
-{
-    const ConfigDetails c = parsed({"-c", "--ssid=first", "--ssid=second", "--channel=", "--SSID=x", "--cer-path=p"});
+    const ConfigDetails c = parsed({"-c", "--ssid=first", "--ssid=second", "--channel=", "--SSID=x", "--cer-path=p",
+                                    "--psk=x--cer-org=y", "--passwd=ab\"cd"});
     EXPECT_EQ(c.ssid, "second");
     EXPECT_EQ(c.channel, "");
     EXPECT_EQ(c.cerPath, "p");
+    EXPECT_EQ(c.cerOrg, "er-org=y");
+    EXPECT_EQ(c.passwd, "cd");
 }
 
 // The option form and the path-only form agree: the last argument without '-' is the path.

@@ -3,6 +3,7 @@
 // split frames, bit 7 and cut packets) and by the run driver's raw packet.
 #include <gtest/gtest.h>
 
+#include "npa/NpaFrame.h"
 #include "npa/tests/NpaTestSupport.h"
 
 namespace {
@@ -65,6 +66,14 @@ TEST(Exchanges, AttemptsWaitsAndJudgements)
         EXPECT_EQ(t.printer.writes.size(), c.attempts) << c.name;
         EXPECT_EQ(t.clock.sleeps, c.sleeps) << c.name;
     }
+}
+
+// Only the bytes read are judged: nothing past an answer too short for a flags
+// byte is looked at (an allocation of its own size shows it under AddressSanitizer).
+TEST(Exchanges, ARefusalIsJudgedWithinTheBytesRead)
+{
+    const auto shortAnswer = std::make_unique<uint8_t[]>(3);
+    EXPECT_FALSE(npa::isRefused(shortAnswer.get(), 3));
 }
 
 }  // namespace

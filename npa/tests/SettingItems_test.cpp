@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <functional>
+#include <tuple>
 
 #include "npa/tests/NpaTestSupport.h"
 
@@ -52,6 +53,8 @@ TEST(SettingItems, BytesForEdgeValues)
         {[](auto& c) { c.security = "WPA/WPA2"; }, basic, "28 22", "28 22 " + number + "02"},
         {[](auto& c) { c.security = "802.1x"; }, basic, "28 22", "28 22 " + number + "03"},
         {[](auto& c) { c.security = "SHARED"; }, advanced, "28 23", ""},
+        {[](auto& c) { c.security = "SHARED", c.encryption = "WEP"; }, advanced, "28 23", "28 23 " + number + "02"},
+        {[](auto& c) { c.security = "OPEN", c.encryption = "WEP"; }, advanced, "28 23", "28 23 " + number + "01"},
         {[](auto& c) { c.security = "WPA-PER", c.encryption = "WEP-DYNAMIC"; }, advanced, "28 26",
          "28 26 " + number + "01"},
         {[](auto& c) { c.security = "WPA-ENT", c.encryption = "WPA-AES"; }, advanced, "28 26",
@@ -89,15 +92,22 @@ TEST(SettingItems, PasswordIsAskedForEveryBuildAndNeverStored)
     EXPECT_EQ(t.config.passwd, "");
 }
 
+// The request is its SSID's length and 40 bytes: the 16-bit length field
+// describes at most 65538 of them.
 TEST(SettingItems, ARequestTooLongForItsLengthFieldIsNotSent)
 {
-    ConfigDetails details;
-    details.ssid = std::string(70000, 's');  // the SSID value alone overflows the 16-bit length
-    ConfiguratorUnderTest t(details);
-    t.configurator.setPassThrough(false);
-    const Captured captured = captureOutput([&] { EXPECT_EQ(t.configurator.basicConfig(), -1); });
-    EXPECT_TRUE(t.printer.writes.empty());
-    EXPECT_NE(captured.err.find("D [CVL] Settings request too long (65574 bytes)!\n"), std::string::npos);
+    // Past 65534 characters the SSID value is cut to what its own length field holds.
+    for (const auto& [ssidLength, sentSize, refusal] :
+         {std::tuple{65498, 65538, ""}, {65499, 0, "65539"}, {70000, 0, "65574"}}) {
+        ConfigDetails details;
+        details.ssid = std::string(ssidLength, 's');
+        ConfiguratorUnderTest t(details);
+        t.configurator.setPassThrough(false);
+        const Captured captured = captureOutput([&] { t.configurator.basicConfig(); });
+        EXPECT_EQ(t.printer.writes.empty() ? 0 : t.printer.writes[0].size(), size_t(sentSize)) << ssidLength;
+        const std::string tooLong = std::string("D [CVL] Settings request too long (") + refusal + " bytes)!\n";
+        EXPECT_EQ(captured.err.find(tooLong) != std::string::npos, *refusal != '\0') << ssidLength;
+    }
 }
 
 }  // namespace

@@ -64,12 +64,14 @@ TEST(PrinterState, JoinsOnlyWithTheSecretItsSecurityNeeds)
     EXPECT_TRUE(!noSsid.joined && noSsid.resets == 1 && noSsid.items.size() == 1);
 }
 
+// Settings with a malformed item are answered "not accepted" and not taken.
 TEST(DecodePacket, TellsRequestsApartAndNamesWhatIsWrong)
 {
     const char* const badEnvelope = "envelope does not hold one complete packet";
     // clang-format off
     const struct { const char* packet; RequestKind kind; const char* problem; } cases[] = {
         {"A5 00 06 50 E0 D8 00 2A 1D", RequestKind::Read, ""},
+        {"A5 00 0A 50 E0 DA 01 06 14 00 00 01 01", RequestKind::Settings, ""},
         {"A5 00 0A 50 E0 DA 01 06 14 00 00 05 01", RequestKind::Settings, "malformed items"},
         {"A5 00 07 50 E0 D8 00 28 08 00", RequestKind::Unknown, "read request of 10 bytes"},
         {"A5 00 04 50 12 34 56", RequestKind::Unknown, "unknown command"},
@@ -83,6 +85,10 @@ TEST(DecodePacket, TellsRequestsApartAndNamesWhatIsWrong)
         Request request = decodePacket(hex(c.packet));
         EXPECT_EQ(request.kind, c.kind) << c.packet;
         EXPECT_EQ(request.problem, c.problem) << c.packet;
+        PrinterState state;
+        const FaultSet faults;
+        const bool taken = Responder(state, faults).answer(request).settingsAccepted;
+        EXPECT_EQ(taken && state.resets == 1, c.kind == RequestKind::Settings && request.problem.empty()) << c.packet;
     }
 }
 

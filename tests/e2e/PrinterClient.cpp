@@ -11,21 +11,15 @@
 #include <string>
 #include <vector>
 
-namespace {
+#include "tests/support/HexText.h"
 
-std::vector<unsigned char> fromHex(const std::string& hex)
-{
-    std::vector<unsigned char> bytes;
-    for (size_t i = 0; i + 1 < hex.size(); i += 2)
-        bytes.push_back((unsigned char)std::strtoul(hex.substr(i, 2).c_str(), nullptr, 16));
-    return bytes;
-}
+namespace {
 
 // Reads `want` bytes, awaited up to a minute: on a loaded machine the printer
 // may take seconds.
-std::vector<unsigned char> readAnswer(int fd, size_t want)
+std::vector<uint8_t> readAnswer(int fd, size_t want)
 {
-    std::vector<unsigned char> got(want);
+    std::vector<uint8_t> got(want);
     size_t have = 0;
     for (pollfd p{fd, POLLIN, 0}; have < want && poll(&p, 1, 60000) > 0;) {
         ssize_t n = read(fd, got.data() + have, want - have);
@@ -44,7 +38,7 @@ int main(int argc, char** argv)
         std::string arg = argv[i];
         size_t slash = arg.find('/');
         size_t want = std::strtoul(arg.c_str() + slash + 1, nullptr, 10);
-        std::vector<unsigned char> request = fromHex(arg.substr(0, slash));
+        const std::vector<uint8_t> request = bytesFromHex(arg.substr(0, slash));
         int fd = open(argv[1], O_RDWR | O_EXCL | O_NOCTTY | O_NONBLOCK);
         if (fd < 0) {
             std::perror("open");
@@ -52,15 +46,13 @@ int main(int argc, char** argv)
         }
         if (write(fd, request.data(), request.size()) != ssize_t(request.size())) return 1;
         usleep(50000);  // like corvelcfg, give the printer time before reading
-        std::vector<unsigned char> answer = readAnswer(fd, want);
+        const std::vector<uint8_t> answer = readAnswer(fd, want);
         // Like corvelcfg, which reads on until the printer has been quiet, do
         // not close at the very moment the answer came: bytes still on their
         // way through the kernel's terminal buffers would reach the next open.
         usleep(100000);
         close(fd);
-        if (answer.empty()) std::printf("-");
-        for (unsigned char b : answer) std::printf("%02X", b);
-        std::printf("\n");
+        std::printf("%s\n", answer.empty() ? "-" : hexOf(answer, "").c_str());
     }
     return 0;
 }

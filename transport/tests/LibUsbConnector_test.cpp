@@ -58,6 +58,8 @@ public:
     int bulkRead(usb_dev_handle*, int, char*, int, int) override { return kTimedOut; }
     int clearHalt(usb_dev_handle*, unsigned) override { return ++clearedHalts, 0; }
 
+    void announceInPacketSize(uint16_t size) { m_Endpoints[1].wMaxPacketSize = size; }
+
     std::vector<int> pieces;
     std::deque<int> writeResults;  // one per bulk write; the piece's size once empty
     std::string received;
@@ -73,7 +75,8 @@ private:
     usb_bus m_Bus{};
 };
 
-// The bound of three tries applies to tries in a row: progress starts the count again.
+// The bound of three tries applies to tries in a row: progress starts the count
+// again. An IN endpoint that announces no packet size leaves pieces of 32 bytes.
 TEST(LibUsbWrite, SendsPiecesOfThePacketSizeWithinTheTryBound)
 {
     // clang-format off
@@ -84,6 +87,7 @@ TEST(LibUsbWrite, SendsPiecesOfThePacketSizeWithinTheTryBound)
         std::vector<int> pieces;
         IoStatus status;
         int clearedHalts;
+        uint16_t inPacketSize = 64;
     } cases[] = {
         {"bound is per piece", {kTimedOut, kTimedOut, 64, kTimedOut, kTimedOut}, 100, {64, 64, 64, 36, 36, 36},
          IoStatus::Ok, 4},
@@ -92,6 +96,7 @@ TEST(LibUsbWrite, SendsPiecesOfThePacketSizeWithinTheTryBound)
         {"stall", {64, kStalled}, 64, {64, 36}, IoStatus::Unavailable, 0},
         {"error", {-5}, 0, {64}, IoStatus::Failed, 0},
         {"unplugged", {64, kNoDevice}, 64, {64, 36}, IoStatus::Gone, 0},
+        {"no packet size announced", {}, 100, {32, 32, 32, 4}, IoStatus::Ok, 0, 0},
     };
     // clang-format on
     std::string request(100, '\0');
@@ -100,6 +105,7 @@ TEST(LibUsbWrite, SendsPiecesOfThePacketSizeWithinTheTryBound)
         SCOPED_TRACE(c.name);
         ScopedFakeClock fake;
         FakeUsb usb;
+        usb.announceInPacketSize(c.inPacketSize);
         LibUsbConnector connector(7, usb);
         ASSERT_EQ(connector.openDevice(3, 7), 0);
         usb.writeResults = c.results;
