@@ -5,7 +5,6 @@
 #include <gtest/gtest.h>
 
 #include <cerrno>
-#include <ctime>
 #include <deque>
 #include <string>
 #include <vector>
