@@ -88,8 +88,8 @@ int CertMgr::sendRequest(const char* request, std::string& answerText, int timeL
 {
     const std::vector<uint8_t> packet = buildRequestPacket(request);
     std::vector<uint8_t> answer;
-    const int32_t count =
-        npaChannel->exchangeNPA(packet.data(), static_cast<int32_t>(packet.size()), answer, timeLimitSeconds);
+    const int32_t count = npaChannel->exchangeNPA(packet.data(), static_cast<int32_t>(packet.size()), answer,
+                                                  timeLimitSeconds, answerDocumentClosed);
     if (count > 0) {
         std::vector<char> text(static_cast<size_t>(count), 0);
         unwrapAnswer(answer.data(), answer.size(), text.data(), text.size());

@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <cstring>
 #include <iterator>
+#include <string>
 
 #include "npa/NpaFrame.h"
 
@@ -126,6 +127,41 @@ size_t unwrapAnswer(const uint8_t* answer, size_t length, char* out, size_t capa
         }
     }
     return written;
+}
+
+bool answerDocumentClosed(const std::vector<uint8_t>& content)
+{
+    if (content.size() < sizeof kAnswerEnvelope ||
+        !std::equal(kAnswerEnvelope, kAnswerEnvelope + sizeof kAnswerEnvelope, content.begin())) {
+        return false;
+    }
+    std::string text;
+    for (size_t i = sizeof kAnswerEnvelope; i < content.size(); ++i) {
+        if (content[i] != kLeftOut) {
+            text.push_back(static_cast<char>(content[i]));
+        }
+    }
+    // The root element: the first tag that is not a declaration, a
+    // processing instruction or a comment.
+    size_t open = text.find('<');
+    while (open != std::string::npos && open + 1 < text.size() && (text[open + 1] == '?' || text[open + 1] == '!')) {
+        open = text.find('<', open + 1);
+    }
+    if (open == std::string::npos) {
+        return false;
+    }
+    const size_t nameEnd = text.find_first_of(" \t\r\n/>", open + 1);
+    if (nameEnd == std::string::npos || nameEnd == open + 1) {
+        return false;
+    }
+    const std::string closing = "</" + text.substr(open + 1, nameEnd - open - 1) + ">";
+    const size_t last = text.find_last_not_of(std::string(" \t\r\n\0", 5));
+    if (last == std::string::npos) {
+        return false;
+    }
+    const std::string trimmed = text.substr(0, last + 1);
+    return trimmed.size() >= closing.size() &&
+           trimmed.compare(trimmed.size() - closing.size(), closing.size(), closing) == 0;
 }
 
 }  // namespace certreq

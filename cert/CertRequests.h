@@ -42,4 +42,9 @@ std::vector<uint8_t> buildRequestPacket(const char* text);
 // is missing or the answer does not fit `capacity`.
 size_t unwrapAnswer(const uint8_t* answer, size_t length, char* out, size_t capacity);
 
+// Whether the answer content so far holds a whole XML document: its root
+// element has closed (only blanks or zero bytes may follow). The certificate
+// manager's answer is whole then, even before its last packet.
+bool answerDocumentClosed(const std::vector<uint8_t>& content);
+
 }  // namespace certreq

@@ -8,6 +8,9 @@
 #include <string>
 #include <vector>
 
+#include "npa/AnswerAssembler.h"
+#include "npa/ExchangeReport.h"
+
 class CommTransport;
 
 class NPAChannel {
@@ -24,6 +27,10 @@ public:
     // every kept packet after its flags byte. Returns the number of bytes
     // collected (0 when none, also when the device cannot be opened).
     int32_t exchangeNPA(const uint8_t* request, int32_t length, std::vector<uint8_t>& answer, int timeLimitSeconds);
+    // The same; with answer-driven exchanges `alsoWhole` may end the answer
+    // before its last packet (the fixed waits ignore it).
+    int32_t exchangeNPA(const uint8_t* request, int32_t length, std::vector<uint8_t>& answer, int timeLimitSeconds,
+                        const npa::AnswerAssembler::WholeTest& alsoWhole);
 
     // One settings request: -1 refused or no answer, 0 accepted (answer ends
     // with 0x01), 1 answered otherwise.
@@ -39,6 +46,10 @@ public:
     const std::string& getDevicePath() const { return devicePath; }
     // True once the printer's device went away (reported on standard error).
     bool deviceGone() const;
+
+    // What the last answer-driven exchange of this channel did (outcome None
+    // while the fixed waits are in force).
+    const npa::ExchangeReport& lastReport() const { return m_LastReport; }
 
     // A further channel to the same printer over the same transport, for a
     // client that makes exchanges of its own (the certificate manager).
@@ -66,6 +77,12 @@ private:
     // Returns the byte count read into `buffer` (0 to buffer.size()).
     int32_t readOnce(const uint8_t* request, int32_t length, std::vector<uint8_t>& buffer, unsigned waitSeconds);
 
+    // One answer-driven exchange (npa::answerDrivenTiming() is set): open,
+    // write whole, read until the answer is whole or the deadline passes, close.
+    const npa::ExchangeReport& answerDriven(const uint8_t* request, int32_t length, bool slow,
+                                            const npa::AnswerAssembler::WholeTest& alsoWhole);
+
     std::string devicePath;
     CommTransport& transport;
+    npa::ExchangeReport m_LastReport;
 };

@@ -3,6 +3,8 @@
 
 #include <unistd.h>
 
+#include <chrono>
+
 namespace {
 
 // Real time in whole seconds and real sleeps; select() does its own waiting.
@@ -10,6 +12,11 @@ class SystemClock : public Clock {
 public:
     std::time_t now() override { return std::time(nullptr); }
     void sleep(unsigned seconds) override { ::sleep(seconds); }
+    long long monotonicMs() override
+    {
+        using namespace std::chrono;
+        return duration_cast<milliseconds>(steady_clock::now().time_since_epoch()).count();
+    }
 };
 
 SystemClock systemClock;

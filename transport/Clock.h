@@ -15,6 +15,8 @@ public:
     // the system clock does nothing here (the select itself waits), a test
     // clock may advance its time.
     virtual void waited(long microseconds) { (void)microseconds; }
+    // Milliseconds on a clock that never goes back, for deadlines shorter than a second.
+    virtual long long monotonicMs() = 0;
 };
 
 // The clock in force: the system clock unless a test installed another.

@@ -15,6 +15,13 @@ public:
     virtual int32_t write(const uint8_t* buffer, int32_t length) = 0;  // bytes written, or -1
     virtual IoStatus waitReadable(int32_t timeLimit) = 0;
     virtual IoStatus waitWritable(int32_t timeLimit) = 0;
+    // Hands over answer bytes that have already arrived, without waiting:
+    // bytes read, 0 or -1 when none are there. Connectors whose read() never
+    // waits use read() itself.
+    virtual int32_t readArrived(uint8_t* buffer, int32_t length) { return read(buffer, length); }
+    // The unit of the waits' time limits in microseconds (a device node's
+    // select() takes microseconds, libusb milliseconds).
+    virtual int32_t waitUnitMicroseconds() const { return 1000; }
 
     int32_t getStatus() const { return m_Status; }
     // The system's error number of the last call that failed with one, else 0.

@@ -2,6 +2,7 @@
 // answers until the printer has been quiet for a while.
 #include "transport/HCUSBTransport.h"
 
+#include <cerrno>
 #include <cstdio>
 #include <cstring>
 
@@ -91,6 +92,7 @@ int32_t HCUSBTransport::open(const char* usbPath)
         m_Connector.reset();
     }
     bool opened = false;
+    errno = 0;
     // A test factory takes the path as it is, in place of reading it here.
     if (connectorFactory()) {
         m_Connector = connectorFactory()(usbPath);
@@ -101,6 +103,8 @@ int32_t HCUSBTransport::open(const char* usbPath)
         // described with parseUsbPath.
         m_Connector = openConnectorFor(usbPath, opened);
     }
+    // The reason the node's open() failed, for front ends that explain it.
+    m_LastError = opened ? 0 : (errno != 0 ? errno : ENODEV);
     return opened ? 0 : -1;
 }
 

@@ -21,6 +21,9 @@ public:
     int32_t write(const uint8_t* buffer, int32_t length) override;
     void noop() override;
     bool deviceGone() const override { return m_DeviceGone; }
+    IoEnd writeAll(const uint8_t* buffer, int32_t length, const Deadline& deadline) override;
+    IoEnd readSome(uint8_t* buffer, int32_t length, const Deadline& deadline, int32_t& got) override;
+    int lastError() const override { return m_LastError; }
     ~HCUSBTransport() override;
 
     // Test seam: when set, open() asks this factory for the connector of a
@@ -36,6 +39,7 @@ private:
 
     std::unique_ptr<HCIOConnector> m_Connector;
     bool m_DeviceGone = false;
+    int m_LastError = 0;
     static HCUSBTransport* m_Instance;
     static uint32_t m_RefCount;
 };

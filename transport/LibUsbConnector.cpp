@@ -2,6 +2,7 @@
 // moves bytes through its bulk endpoints; received packets wait in a FIFO.
 #include "transport/LibUsbConnector.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
@@ -167,6 +168,14 @@ int32_t LibUsbConnector::read(uint8_t* buffer, int32_t length)
     if (held < size_t(length)) length = int32_t(held);
     m_ReadBuffer.get(buffer, size_t(length));
     return length;
+}
+
+int32_t LibUsbConnector::readArrived(uint8_t* buffer, int32_t length)
+{
+    if (buffer == nullptr || length <= 0) return 0;
+    const size_t take = std::min(m_ReadBuffer.usedSpace(), size_t(length));
+    m_ReadBuffer.get(buffer, take);
+    return int32_t(take);
 }
 
 int LibUsbConnector::queryDevice(uint8_t* buffer, int32_t length)

@@ -31,6 +31,8 @@ public:
     int32_t write(const uint8_t* buffer, int32_t length) override;
     IoStatus waitReadable(int32_t timeLimit) override;  // limit in milliseconds
     IoStatus waitWritable(int32_t timeLimit) override;
+    // What the receive FIFO holds, up to `length`: read() would wait for the rest.
+    int32_t readArrived(uint8_t* buffer, int32_t length) override;
 
     uint8_t interfaceClass() const { return m_InterfaceClass; }
     int32_t claimedInterface() const { return m_Interface; }

@@ -26,6 +26,7 @@ public:
     int32_t write(const uint8_t* buffer, int32_t length) override;
     IoStatus waitReadable(int32_t timeLimit) override;  // limit in microseconds, below one second
     IoStatus waitWritable(int32_t timeLimit) override;  // limit in microseconds, below one second
+    int32_t waitUnitMicroseconds() const override { return 1; }
 
     const char* devicePath() const { return m_DevicePath; }
 

@@ -15,6 +15,7 @@ public:
         microseconds += static_cast<long long>(seconds) * 1000000;
     }
     void waited(long us) override { microseconds += us; }
+    long long monotonicMs() override { return microseconds / 1000; }
 
     // Seconds slept, one entry per sleep() call, in order.
     std::vector<unsigned> sleeps;

@@ -29,6 +29,7 @@ struct ScriptedPrinter {
     // (always "readable", never a byte), Failed makes every wait fail.
     IoStatus idleWait = IoStatus::TimedOut;
     bool hungUp = false;  // an unplugged printer: every read fails with EIO
+    size_t writeLimit = 0;  // the most one write takes (0: all): a node that takes part of a large write
 
     // The next answer, all of it there at once.
     void addAnswer(const std::string& hex) { addAnswer(bytesFromHex(hex)); }
@@ -72,8 +73,10 @@ public:
     int queryDevice(uint8_t*, int32_t) override { return 0; }
     int32_t write(const uint8_t* buffer, int32_t length) override
     {
-        m_Printer.writes.emplace_back(reinterpret_cast<const char*>(buffer), static_cast<size_t>(length));
-        return length;
+        size_t take = static_cast<size_t>(length);
+        if (m_Printer.writeLimit > 0) take = std::min(take, m_Printer.writeLimit);
+        m_Printer.writes.emplace_back(reinterpret_cast<const char*>(buffer), take);
+        return static_cast<int32_t>(take);
     }
     // Advances the clock the way a select() with that limit (in ms) would.
     IoStatus waitReadable(int32_t timeLimit) override

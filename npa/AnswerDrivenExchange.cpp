@@ -1,0 +1,84 @@
+// The channel's answer-driven exchanges: the request is written whole and the
+// answer read as soon as it is complete, all within one deadline, in place of
+// the fixed waits.
+#include <cerrno>
+
+#include "npa/AnswerAssembler.h"
+#include "npa/ExchangeReport.h"
+#include "npa/NPAChannel.h"
+#include "transport/CommTransport.h"
+#include "transport/Deadline.h"
+
+namespace npa {
+
+namespace {
+
+const AnswerDrivenTiming* installedTiming = nullptr;
+
+// Bytes taken from the transport per read.
+constexpr int32_t kReadPiece = 4096;
+
+// How an exchange that stopped before its answer was whole ended.
+ExchangeReport::Outcome outcomeOf(IoEnd end)
+{
+    switch (end) {
+    case IoEnd::Gone: return ExchangeReport::Outcome::Gone;
+    case IoEnd::Deadline: return ExchangeReport::Outcome::NoAnswer;
+    case IoEnd::Failed:
+    case IoEnd::Done: break;
+    }
+    return ExchangeReport::Outcome::IoFailed;
+}
+
+}  // namespace
+
+void setAnswerDrivenTiming(const AnswerDrivenTiming* timing) { installedTiming = timing; }
+
+const AnswerDrivenTiming* answerDrivenTiming() { return installedTiming; }
+
+}  // namespace npa
+
+using npa::ExchangeReport;
+
+const ExchangeReport& NPAChannel::answerDriven(const uint8_t* request, int32_t length, bool slow,
+                                               const npa::AnswerAssembler::WholeTest& alsoWhole)
+{
+    const npa::AnswerDrivenTiming& timing = *npa::answerDrivenTiming();
+    ExchangeReport& report = m_LastReport;
+    report = ExchangeReport{};
+    report.path = devicePath;
+    report.request.assign(request, request + (length > 0 ? length : 0));
+    report.deadlineMs = slow ? timing.slowDeadlineMs : timing.deadlineMs;
+    const long long started = currentClock().monotonicMs();
+    const Deadline deadline(report.deadlineMs);
+
+    npa::AnswerAssembler assembler(alsoWhole);
+    if (transport.open(devicePath.c_str()) != 0) {
+        report.outcome = transport.deviceGone() ? ExchangeReport::Outcome::Gone : ExchangeReport::Outcome::OpenFailed;
+        report.error = transport.lastError();
+    } else {
+        IoEnd end = transport.writeAll(report.request.data(), static_cast<int32_t>(report.request.size()), deadline);
+        std::vector<uint8_t> piece(npa::kReadPiece);
+        while (end == IoEnd::Done && !assembler.whole() && !assembler.overflowed()) {
+            int32_t got = 0;
+            end = transport.readSome(piece.data(), npa::kReadPiece, deadline, got);
+            assembler.add(piece.data(), static_cast<size_t>(got));
+        }
+        if (assembler.overflowed()) {
+            report.outcome = ExchangeReport::Outcome::Malformed;
+        } else if (assembler.whole()) {
+            report.outcome = assembler.refused() ? ExchangeReport::Outcome::Refused : ExchangeReport::Outcome::Answered;
+        } else {
+            report.outcome = npa::outcomeOf(end);
+            report.error = transport.lastError();
+        }
+        transport.close();
+    }
+    report.received = assembler.received();
+    report.content = assembler.content();
+    report.elapsedMs = currentClock().monotonicMs() - started;
+    if (timing.observer != nullptr) {
+        timing.observer->exchanged(report);
+    }
+    return report;
+}

@@ -1,0 +1,52 @@
+// What one answer-driven exchange did, for the front end that asked for
+// answer-driven exchanges: its trace and its error messages are made from it.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace npa {
+
+struct ExchangeReport {
+    enum class Outcome {
+        None,        // no answer-driven exchange has run
+        Answered,    // a whole answer came
+        Refused,     // the printer refused the request as framed
+        NoAnswer,    // the deadline passed before the answer was whole
+        OpenFailed,  // the printer could not be opened (`error` says why)
+        IoFailed,    // reading or writing failed (`error` says why)
+        Gone,        // the printer went away
+        Malformed,   // more bytes came than any answer holds
+    };
+    Outcome outcome = Outcome::None;
+    int error = 0;  // the system's error number, where one is known
+    std::string path;
+    std::vector<uint8_t> request;
+    std::vector<uint8_t> received;  // every byte that came, noise included
+    std::vector<uint8_t> content;   // the kept packets' content after their flags
+    long long elapsedMs = 0;
+    long long deadlineMs = 0;
+};
+
+// Told of every answer-driven exchange as it ends.
+class ExchangeObserver {
+public:
+    virtual ~ExchangeObserver() = default;
+    virtual void exchanged(const ExchangeReport& report) = 0;
+};
+
+// The deadlines of answer-driven exchanges: a front end that sets them makes
+// every exchange of the process answer-driven; without them the channel keeps
+// its fixed waits.
+struct AnswerDrivenTiming {
+    long long deadlineMs = 5000;
+    long long slowDeadlineMs = 15000;  // key generation and export
+    ExchangeObserver* observer = nullptr;
+};
+
+// Installs `timing` (not owned) for the whole process; nullptr restores the fixed waits.
+void setAnswerDrivenTiming(const AnswerDrivenTiming* timing);
+const AnswerDrivenTiming* answerDrivenTiming();
+
+}  // namespace npa

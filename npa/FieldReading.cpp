@@ -1,0 +1,47 @@
+// A field read by one answer-driven exchange.
+#include "npa/FieldReading.h"
+
+#include <algorithm>
+#include <string>
+
+#include "npa/NPAChannel.h"
+
+namespace npa {
+
+namespace {
+
+constexpr int kReadTimeLimitSeconds = 3;
+
+}  // namespace
+
+FieldValue readField(NPAChannel& channel, Key key, bool plain)
+{
+    const std::vector<uint8_t> read = readRequest(key);
+    const std::vector<uint8_t> request = plain ? read : wrapPassThrough(read);
+    std::vector<uint8_t> content;
+    channel.exchangeNPA(request.data(), static_cast<int32_t>(request.size()), content, kReadTimeLimitSeconds);
+
+    FieldValue field;
+    const ExchangeReport& report = channel.lastReport();
+    field.outcome = report.outcome;
+    if (report.outcome != ExchangeReport::Outcome::Answered) {
+        return field;
+    }
+    // The inner answer packet keeps its header only in the bytes as received
+    // (a plain answer's own header is not part of the kept content).
+    const ValueSpan span = findReadValue(report.received, key);
+    field.found = span.found;
+    if (span.found) {
+        const auto begin = report.received.begin() + static_cast<std::ptrdiff_t>(span.offset);
+        field.value.assign(begin, begin + static_cast<std::ptrdiff_t>(span.length));
+    }
+    return field;
+}
+
+std::string textOf(const std::vector<uint8_t>& value)
+{
+    const auto end = std::find(value.begin(), value.end(), uint8_t{0});
+    return std::string(value.begin(), end);
+}
+
+}  // namespace npa
