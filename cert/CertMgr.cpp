@@ -114,6 +114,7 @@ int CertMgr::call(const char* request, int timeLimitSeconds, ObjStoreResponse& r
                   const char* messageLine)
 {
     if (!exchange(request, timeLimitSeconds, response)) return -1;
+    m_LastStatus = {response.getStatusCode(), response.getStatusMessage()};
     return response.getStatusCode() == 1 ? 0 : reportFailure(response, errorLine, messageLine);
 }
 
@@ -121,7 +122,8 @@ int CertMgr::deleteCACert(const std::string& caName)
 {
     char request[kRequest];
     ObjStoreResponse response;
-    if (!formatRequest(request, sizeof request, "deleteIndividualCA", kDeleteIndividualCA, caName.c_str())) {
+    if (!formatRequest(request, sizeof request, "deleteIndividualCA", kDeleteIndividualCA,
+                       requestName(caName).c_str())) {
         return -1;
     }
     return call(request, kTimeLimitSeconds, response, "D [CVL] Delete CA cert error %d\n");
@@ -132,8 +134,8 @@ int CertMgr::deleteSignedCert(const char* friendlyName)
     const char* name = friendlyNameOrDefault(friendlyName);
     char request[kRequest];
     ObjStoreResponse response;
-    if (name == nullptr ||
-        !formatRequest(request, sizeof request, "deleteIndividualCert", kDeleteIndividualCert, name)) {
+    if (name == nullptr || !formatRequest(request, sizeof request, "deleteIndividualCert", kDeleteIndividualCert,
+                                          requestName(name).c_str())) {
         return -1;
     }
     return call(request, kTimeLimitSeconds, response, "D [CVL] Delete signed cert error %d\n");
@@ -146,6 +148,7 @@ int CertMgr::getCertRequestDefaults(std::string& org, std::string& unit, std::st
     if (!exchange(kReadCertDefaults, kTimeLimitSeconds, response)) {
         return -1;
     }
+    m_LastStatus = {response.getStatusCode(), response.getStatusMessage()};
     if (response.getCertDefaults(org, unit, country, state, city, common, altname) != 1) {
         return reportFailure(response, "D [CVL] Get cert request defaults error %d\n", "D [CVL] %s\n");
     }
@@ -162,7 +165,7 @@ int CertMgr::installSignedCert(const std::string& path, const char* friendlyName
     std::vector<char> request(kFileRequest, 0);
     ObjStoreResponse response;
     if (file.size <= 0 || !formatRequest(request.data(), request.size(), "uploadSignedCertFile", kUploadSignedCertFile,
-                                         name, file.size, file.text.data())) {
+                                         requestName(name).c_str(), file.size, file.text.data())) {
         return -1;
     }
     return call(request.data(), kTimeLimitSeconds, response, "D [CVL] Install Signed Cert error %d\n");
@@ -172,7 +175,7 @@ int CertMgr::getCAInfo(const std::string& caName, std::string& fileName, std::st
 {
     char request[kSmallRequest];
     ObjStoreResponse response;
-    if (!formatRequest(request, sizeof request, "queryCAInfo", kQueryCAInfo, caName.c_str()) ||
+    if (!formatRequest(request, sizeof request, "queryCAInfo", kQueryCAInfo, requestName(caName).c_str()) ||
         call(request, kTimeLimitSeconds, response, "D [CVL] getCAInfo error %d\n") != 0) {
         return -1;
     }
@@ -234,8 +237,8 @@ int CertMgr::installCACert(const std::string& path)
     // Formatted before anything is deleted: a request that cannot be sent
     // must not cost the printer the CA it holds.
     std::vector<char> request(kFileRequest, 0);
-    if (!formatRequest(request.data(), request.size(), "uploadNewCAFile", kUploadNewCAFile, fileName.c_str(), file.size,
-                       file.text.data())) {
+    if (!formatRequest(request.data(), request.size(), "uploadNewCAFile", kUploadNewCAFile,
+                       requestName(fileName).c_str(), file.size, file.text.data())) {
         return -1;
     }
     removeExistingCA(path);
@@ -243,21 +246,32 @@ int CertMgr::installCACert(const std::string& path)
     return call(request.data(), kTimeLimitSeconds, response, "D [CVL] Install CA Cert error %d\n");
 }
 
-int CertMgr::saveCertRequest(const std::string& outputPath, const char* friendlyName)
+int CertMgr::exportCertRequest(std::vector<uint8_t>& pem, const char* friendlyName)
 {
     const char* name = friendlyNameOrDefault(friendlyName);
     char request[kRequest];
     ObjStoreResponse response;
-    if (name == nullptr || !formatRequest(request, sizeof request, "exportPubKey", kExportPubKey, name)) {
+    if (name == nullptr ||
+        !formatRequest(request, sizeof request, "exportPubKey", kExportPubKey, requestName(name).c_str())) {
         return -1;
     }
     const char* const errorLine = "D [CVL] Save Cert Request error %d\n\n";
     if (call(request, kSlowTimeLimitSeconds, response, errorLine, "D [CVL] %s\n\n") != 0) {
         return -1;
     }
-    std::vector<uint8_t> csr(kFileBufferSize, 0);
-    const int length = response.getCSRFile(csr.data(), kFileBufferSize);
-    return saveToFile(csr.data(), length, outputPath) ? 0 : -1;
+    pem.assign(kFileBufferSize, 0);
+    const int length = response.getCSRFile(pem.data(), kFileBufferSize);
+    pem.resize(length > 0 ? static_cast<size_t>(length) : 0);
+    return 0;
+}
+
+int CertMgr::saveCertRequest(const std::string& outputPath, const char* friendlyName)
+{
+    std::vector<uint8_t> csr;
+    if (exportCertRequest(csr, friendlyName) != 0) {
+        return -1;
+    }
+    return saveToFile(csr.data(), static_cast<int32_t>(csr.size()), outputPath) ? 0 : -1;
 }
 
 int CertMgr::createCertRequest(const std::string& org, const std::string& unit, const std::string& country,
@@ -278,6 +292,11 @@ int CertMgr::createCertRequest(const std::string& org, const std::string& unit, 
     deleteSignedCert(name);
     ObjStoreResponse response;
     return call(request, kSlowTimeLimitSeconds, response, "D [CVL] Create Certificate Request error %d\n");
+}
+
+std::string CertMgr::requestName(const std::string& name) const
+{
+    return m_EscapeNames ? escapeXml(name.c_str()) : name;
 }
 
 std::string CertMgr::escapeXml(const char* text)

@@ -42,6 +42,20 @@ public:
     int createCertRequest(const std::string& org, const std::string& unit, const std::string& country,
                           const std::string& state, const std::string& city, const std::string& common,
                           const std::string& altname, const char* friendlyName = nullptr);
+    // The certificate signing request the printer made, as it sent it (PEM).
+    int exportCertRequest(std::vector<uint8_t>& pem, const char* friendlyName = nullptr);
+
+    // Names (of CAs, files and friendly names) go into requests XML-escaped
+    // when set; by default they go as they stand.
+    void setEscapeNames(bool escape) { m_EscapeNames = escape; }
+
+    // The status code and message of the last answer judged (code 0 before any).
+    struct CallStatus {
+        int code = 0;
+        std::string message;
+    };
+    const CallStatus& lastStatus() const { return m_LastStatus; }
+
     // Deletes the printer's CA of the same name as the certificate in the
     // file: 1 when one was deleted, else 0.
     int removeExistingCA(const std::string& path);
@@ -74,5 +88,10 @@ private:
     int call(const char* request, int timeLimitSeconds, ObjStoreResponse& response, const char* errorLine,
              const char* messageLine = "D [CVL] %s\n");
 
+    // `name` as it goes into a request.
+    std::string requestName(const std::string& name) const;
+
     std::unique_ptr<NPAChannel> npaChannel;
+    bool m_EscapeNames = false;
+    CallStatus m_LastStatus;
 };

@@ -38,6 +38,26 @@ FieldValue readField(NPAChannel& channel, Key key, bool plain)
     return field;
 }
 
+const char* authStatusName(int status)
+{
+    static const char* const kTexts[] = {
+        "802.1x not enabled",
+        "NOT authenticated (deprecated)",
+        "Authenticated",
+        "Not Connected",
+        "Server Cert Not Yet Valid",
+        "Server Cert Expired",
+        "Other Server Cert Verification Failure",
+        "Client Cert Verification Failed",
+        "EAP Type Mismatch",
+        "Authentication Failed (general)",
+        "Authentication in Progress",
+        "CA Certificate Not Installed",
+    };
+    constexpr int kKnown = static_cast<int>(sizeof kTexts / sizeof kTexts[0]);
+    return status >= 0 && status < kKnown ? kTexts[status] : "Unknown status";
+}
+
 std::string textOf(const std::vector<uint8_t>& value)
 {
     const auto end = std::find(value.begin(), value.end(), uint8_t{0});

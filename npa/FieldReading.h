@@ -23,6 +23,9 @@ struct FieldValue {
 // `plain`, and finds the value in the answer. Needs answer-driven exchanges.
 FieldValue readField(NPAChannel& channel, Key key, bool plain);
 
+// The printer's name of an 802.1x status (0-11), "Unknown status" for any other.
+const char* authStatusName(int status);
+
 // The text of a value: up to its first zero byte.
 std::string textOf(const std::vector<uint8_t>& value);
 

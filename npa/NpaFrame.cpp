@@ -63,6 +63,13 @@ std::vector<uint8_t> settingsRequest(const std::vector<uint8_t>& items)
 
 std::vector<uint8_t> readRequest(Key key) { return frameRequest(kReadCommand, {key.group, key.field}); }
 
+std::vector<uint8_t> resetRequest()
+{
+    std::vector<uint8_t> item;
+    appendFlagItem(item, kReset, 1);
+    return settingsRequest(item);
+}
+
 std::vector<uint8_t> wrapPassThrough(const std::vector<uint8_t>& request)
 {
     std::vector<uint8_t> body(2);

@@ -68,6 +68,8 @@ size_t appendTextItem(std::vector<uint8_t>& items, Key key, const std::string& t
 
 std::vector<uint8_t> settingsRequest(const std::vector<uint8_t>& items);
 std::vector<uint8_t> readRequest(Key key);
+// The settings request that resets the printer's network interface.
+std::vector<uint8_t> resetRequest();
 // The pass-through envelope: the inner request's 2-byte length, then the request.
 std::vector<uint8_t> wrapPassThrough(const std::vector<uint8_t>& request);
 

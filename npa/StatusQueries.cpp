@@ -3,6 +3,7 @@
 #include <cstdio>
 #include <string>
 
+#include "npa/FieldReading.h"
 #include "npa/NpaFrame.h"
 #include "npa/WirelessConfigurator.h"
 #include "transport/HexDump.h"
@@ -10,26 +11,6 @@
 namespace {
 
 constexpr int kQueryTimeLimitSeconds = 3;
-
-const char* authStatusText(int status)
-{
-    static const char* const kTexts[] = {
-        "802.1x not enabled",
-        "NOT authenticated (deprecated)",
-        "Authenticated",
-        "Not Connected",
-        "Server Cert Not Yet Valid",
-        "Server Cert Expired",
-        "Other Server Cert Verification Failure",
-        "Client Cert Verification Failed",
-        "EAP Type Mismatch",
-        "Authentication Failed (general)",
-        "Authentication in Progress",
-        "CA Certificate Not Installed",
-    };
-    constexpr int kKnown = static_cast<int>(sizeof kTexts / sizeof kTexts[0]);
-    return status >= 0 && status < kKnown ? kTexts[status] : "Unknown status";
-}
 
 }  // namespace
 
@@ -69,9 +50,7 @@ int WirelessConfigurator::getIPAddress()
 
 int WirelessConfigurator::resetPrinter()
 {
-    std::vector<uint8_t> resetItem;
-    npa::appendFlagItem(resetItem, npa::kReset, 1);
-    const std::vector<uint8_t> request = prepare(npa::settingsRequest(resetItem));
+    const std::vector<uint8_t> request = prepare(npa::resetRequest());
     return npaChannel->pollReset(request.data(), static_cast<int32_t>(request.size()));
 }
 
@@ -85,7 +64,7 @@ int WirelessConfigurator::queryAuthStatus()
         return -1;  // no status byte to report
     }
     const int status = answer[value.offset];
-    std::fprintf(stderr, "D [CVL] Status: %d (%s)\n", status, authStatusText(status));
+    std::fprintf(stderr, "D [CVL] Status: %d (%s)\n", status, npa::authStatusName(status));
     return status;
 }
 
