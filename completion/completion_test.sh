@@ -77,7 +77,9 @@ check "corvelcfg -npa --s" ""
 
 # corvelsim: its options, their values, the faults, and the command after --.
 check "corvelsim --usb-" "--usb-layout --usb-packet --usb-trace"
-check "corvelsim --v" "--version"
+check "corvelsim --v" "--vendor-id --version"
+check "corvelsim --pro" "--product --product-id"
+check "corvelsim --fault d" "drip="
 check "corvelsim --usb-layout no-" "no-bulk-in no-printer"
 check "corvelsim --fault cert-" "cert-e0 cert-e0= cert-no-envelope cert-silent cert-status="
 check "corvelsim --fault=bit7=i" "instead"

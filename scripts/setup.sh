@@ -10,6 +10,7 @@ packages=(
   libgtest-dev                         # unit tests
   umockdev libumockdev-dev faketime    # the simulated printer and its fast clock
   libpugixml-dev                       # the simulated printer's XML
+  libudev-dev                          # corvelctl finds printers through libudev; so do the identity tests
   clang libclang-rt-14-dev             # fuzzing (libFuzzer)
   libbenchmark-dev libexpat1-dev       # benchmarks and their reference parser
   dpkg-dev fakeroot                    # the Debian packages (cpack, dpkg-shlibdeps)

@@ -31,6 +31,7 @@ const CountedFault kCountedFaults[] = {
     {"noise", &FaultSet::noiseBytes, 4, 1, 4096},     {"split", &FaultSet::splitParts, 2, 2, 64},
     {"truncate", &FaultSet::truncateBy, 4, 1, 4096},  {"late", &FaultSet::lateMs, -1, 1, 600000},
     {"vanish", &FaultSet::vanishAfter, 0, 0, 100000}, {"cert-e0", &FaultSet::certE0Bytes, 3, 1, 64},
+    {"drip", &FaultSet::dripMs, -1, 1, 10000},
 };
 
 const int kMaxStatusCode = 999999;
@@ -92,6 +93,8 @@ const char* faultHelp()
            "  truncate[=N]      the last packet announces N more bytes (1..4096, default 4)\n"
            "                    than it has\n"
            "  late=MS           answer MS real milliseconds late (1..600000)\n"
+           "  drip=MS           send the answer one byte at a time, MS real milliseconds\n"
+           "                    apart (1..10000)\n"
            "  reject-settings   answer settings requests with a last byte 0x00 (not\n"
            "                    accepted) and keep the settings unchanged\n"
            "  cert-status=METHOD:CODE[:MESSAGE]\n"
@@ -236,7 +239,24 @@ Delivery deliver(const Bytes& answer, const FaultSet& faults)
         delivery.delayMs = faults.lateMs;
         delivery.applied.push_back("late");
     }
+    if (faults.dripMs > 0) {
+        delivery.byteGapMs = faults.dripMs;
+        delivery.applied.push_back("drip");
+    }
     return delivery;
+}
+
+std::vector<TimedWrite> writesOf(const Delivery& delivery)
+{
+    if (delivery.bytes.empty()) return {};
+    if (delivery.byteGapMs <= 0) return {{delivery.delayMs, delivery.bytes}};
+    std::vector<TimedWrite> writes;
+    int at = delivery.delayMs;
+    for (uint8_t byte : delivery.bytes) {
+        writes.push_back({at, {byte}});
+        at += delivery.byteGapMs;
+    }
+    return writes;
 }
 
 }  // namespace corvelsim

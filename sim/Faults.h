@@ -35,6 +35,7 @@ struct FaultSet {
     DropPacket dropPacket = DropPacket::None;  // a 0x80-flagged packet
     int truncateBy = 0;                        // the last packet announces this many bytes more than it has
     int lateMs = 0;                            // real milliseconds before the answer goes out
+    int dripMs = 0;                            // real milliseconds between bytes sent one at a time (0: all at once)
     // The printer goes away: its device node hangs up when a request arrives
     // after this many were answered (-1: never).
     int vanishAfter = -1;
@@ -58,9 +59,20 @@ const char* faultHelp();
 struct Delivery {
     Bytes bytes;  // everything written, in order
     int delayMs = 0;
+    int byteGapMs = 0;                 // > 0: one byte at a time, this far apart
     std::vector<std::string> applied;  // names of the faults that changed something
 };
 
 Delivery deliver(const Bytes& answer, const FaultSet& faults);
+
+// One write of a delivery, `atMs` real milliseconds after the request.
+struct TimedWrite {
+    int atMs = 0;
+    Bytes bytes;
+};
+
+// The writes a delivery makes: all its bytes at once after its delay, or
+// (drip) one byte per write from then on.
+std::vector<TimedWrite> writesOf(const Delivery& delivery);
 
 }  // namespace corvelsim

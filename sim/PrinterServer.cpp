@@ -150,10 +150,11 @@ void PrinterServer::handleRequest(Port& port, const Request& request, bool answe
         entry.accepted = decision.settingsAccepted;
         entry.certStatus = decision.certStatus;
         entry.delayMs = delivery.delayMs;
-        if (!delivery.bytes.empty()) {
-            port.outbox.push_back(
-                {std::chrono::steady_clock::now() + std::chrono::milliseconds(delivery.delayMs), delivery.bytes});
-        }
+        // Each write waits in the outbox for its time: a slow delivery never
+        // holds up the server, and the next request or a hang-up drops it.
+        const TimePoint now = std::chrono::steady_clock::now();
+        for (TimedWrite& write : writesOf(delivery))
+            port.outbox.push_back({now + std::chrono::milliseconds(write.atMs), std::move(write.bytes)});
     }
     m_Log.write(entry);
 }

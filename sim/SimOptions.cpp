@@ -70,6 +70,18 @@ std::string helpText()
                        "  --usb-trace FILE  append one line per bulk transfer of the USB device to\n"
                        "                    FILE: out|in|discarded, endpoint, bytes, real ms since\n"
                        "                    it was submitted\n"
+                       "  --vendor-id HEX   the printers' USB vendor id, 1 to 4 hex digits (default\n"
+                       "                    c0de), in sysfs (idVendor), udev (ID_VENDOR_ID) and the\n"
+                       "                    device descriptor libusb reads\n"
+                       "  --product-id HEX  their product id, likewise (default 0001)\n"
+                       "  --manufacturer TEXT, --product TEXT, --serial TEXT\n"
+                       "                    their manufacturer (default Corvel), product (default\n"
+                       "                    Simulated Printer) and serial number (default\n"
+                       "                    CVSIM0001) strings: 1 to 64 printable ASCII characters.\n"
+                       "                    Each lp node is its own printer, a USB device with one\n"
+                       "                    printer interface; the first (lowest lp number) is the\n"
+                       "                    one --usb puts on the bus and has the serial as given,\n"
+                       "                    the others have SERIAL-lpN\n"
                        "  --state FILE      keep the printer's state in FILE: its settings, the\n"
                        "                    subject readCertDefaults answers, its keys and\n"
                        "                    certificates, so that one run's state is seen by the\n"
@@ -148,7 +160,9 @@ bool parseOptions(int argc, const char* const* argv, SimOptions& options, std::s
             value = argv[i + 1];
             if (name == "--lp" || name == "--state" || name == "--log" || name == "--speed" || name == "--kill-after" ||
                 name == "--join-after" || name == "--ready-after" || name == "--ip" || name == "--fault" ||
-                name == "--usb" || name == "--usb-packet" || name == "--usb-layout" || name == "--usb-trace")
+                name == "--usb" || name == "--usb-packet" || name == "--usb-layout" || name == "--usb-trace" ||
+                name == "--vendor-id" || name == "--product-id" || name == "--manufacturer" || name == "--product" ||
+                name == "--serial")
                 ++i;
         } else if (name.rfind("--", 0) == 0) {
             error = "option " + name + " needs a value";
@@ -208,6 +222,21 @@ bool parseOptions(int argc, const char* const* argv, SimOptions& options, std::s
             }
         } else if (name == "--usb-trace") {
             options.usb.tracePath = value;
+        } else if (name == "--vendor-id" || name == "--product-id") {
+            unsigned& id = name == "--vendor-id" ? options.usb.identity.vendorId : options.usb.identity.productId;
+            if (!parseUsbId(value, id)) {
+                error = name + " needs 1 to 4 hex digits";
+                return false;
+            }
+        } else if (name == "--manufacturer" || name == "--product" || name == "--serial") {
+            if (!isUsbText(value)) {
+                error = name + " needs 1 to " + std::to_string(kMaxUsbTextLength) + " printable ASCII characters";
+                return false;
+            }
+            UsbIdentity& identity = options.usb.identity;
+            (name == "--manufacturer" ? identity.manufacturer
+             : name == "--product"    ? identity.product
+                                      : identity.serial) = value;
         } else if (name == "--fault") {
             if (!addFault(options.faults, value, error)) return false;
         } else {

@@ -14,20 +14,6 @@ namespace corvelsim {
 
 namespace {
 
-// A usbmisc printer node; the "N:" line without contents makes umockdev back
-// it with a pty.
-std::string deviceDescription(int lp)
-{
-    std::string n = std::to_string(lp);
-    return "P: /devices/corvelsim/usb1/1-1/1-1:1.0/usbmisc/lp" + n + "\n" + "N: usb/lp" + n + "\n" +
-           "E: SUBSYSTEM=usbmisc\n"
-           "E: DEVNAME=/dev/usb/lp" +
-           n + "\n" +
-           "E: MAJOR=180\n"
-           "E: MINOR=" +
-           n + "\n" + "A: dev=180:" + n + "\n";
-}
-
 bool makeRaw(int fd)
 {
     termios settings{};
@@ -40,7 +26,7 @@ bool makeRaw(int fd)
 
 std::string lpPath(int lpNumber) { return "/dev/usb/lp" + std::to_string(lpNumber); }
 
-std::unique_ptr<Testbed> Testbed::create(const std::vector<int>& lpNumbers, std::string& error)
+std::unique_ptr<Testbed> Testbed::create(std::string& error)
 {
     std::unique_ptr<Testbed> testbed(new Testbed());
     testbed->m_Testbed = umockdev_testbed_new();
@@ -51,20 +37,27 @@ std::unique_ptr<Testbed> Testbed::create(const std::vector<int>& lpNumbers, std:
     gchar* root = umockdev_testbed_get_root_dir(testbed->m_Testbed);
     testbed->m_RootDir = root ? root : "";
     g_free(root);
+    return testbed;
+}
 
-    for (int lp : lpNumbers) {
-        if (testbed->m_Masters.count(lp)) continue;
-        GError* gerror = nullptr;
-        std::string description = deviceDescription(lp);
-        if (!umockdev_testbed_add_from_string(testbed->m_Testbed, description.c_str(), &gerror)) {
-            error = "cannot add " + lpPath(lp) + ": " + (gerror ? gerror->message : "unknown error");
-            if (gerror) g_error_free(gerror);
-            return nullptr;
+bool Testbed::addPrinters(const std::vector<PrinterPlacement>& printers, const UsbIdentity& identity,
+                          std::string& error)
+{
+    for (const PrinterPlacement& printer : printers) {
+        const int lp = printer.lp;
+        if (m_Masters.count(lp)) continue;
+        for (const std::string& description : sysfsDescriptions(printer, identity)) {
+            GError* gerror = nullptr;
+            if (!umockdev_testbed_add_from_string(m_Testbed, description.c_str(), &gerror)) {
+                error = "cannot add " + lpPath(lp) + ": " + (gerror ? gerror->message : "unknown error");
+                if (gerror) g_error_free(gerror);
+                return false;
+            }
         }
-        int master = umockdev_testbed_get_dev_fd(testbed->m_Testbed, lpPath(lp).c_str());
+        int master = umockdev_testbed_get_dev_fd(m_Testbed, lpPath(lp).c_str());
         if (master < 0) {
             error = "umockdev gave no pty for " + lpPath(lp);
-            return nullptr;
+            return false;
         }
         // Our own hold on the slave keeps the master from reporting a
         // hang-up each time the utility closes the device.
@@ -73,14 +66,14 @@ std::unique_ptr<Testbed> Testbed::create(const std::vector<int>& lpNumbers, std:
         if (slave < 0 || !makeRaw(master) || !makeRaw(slave)) {
             error = "cannot set up the pty of " + lpPath(lp) + ": " + std::strerror(errno);
             if (slave >= 0) ::close(slave);
-            return nullptr;
+            return false;
         }
         fcntl(master, F_SETFL, fcntl(master, F_GETFL) | O_NONBLOCK);
         fcntl(master, F_SETFD, FD_CLOEXEC);
-        testbed->m_Masters[lp] = master;
-        testbed->m_Slaves[lp] = slave;
+        m_Masters[lp] = master;
+        m_Slaves[lp] = slave;
     }
-    return testbed;
+    return true;
 }
 
 void Testbed::discardUnread(int lpNumber)

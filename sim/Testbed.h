@@ -1,5 +1,6 @@
-// Hosts the mock device nodes: a umockdev testbed in which each /dev/usb/lpN
-// is a pty whose master side the simulated printer serves.
+// Hosts the mock devices: a umockdev testbed in which each printer is a USB
+// device whose /dev/usb/lpN is a pty; the simulated printer serves the
+// master side.
 #pragma once
 
 #include <map>
@@ -7,15 +8,20 @@
 #include <string>
 #include <vector>
 
+#include "sim/PrinterSysfs.h"
+
 struct _UMockdevTestbed;
 
 namespace corvelsim {
 
 class Testbed {
 public:
-    // Creates the testbed with one printer node per lp number; nullptr and a
-    // message on failure.
-    static std::unique_ptr<Testbed> create(const std::vector<int>& lpNumbers, std::string& error);
+    // Creates an empty testbed; nullptr and a message on failure.
+    static std::unique_ptr<Testbed> create(std::string& error);
+    // Adds each printer's USB device, interface and lp node; false and a
+    // message on failure. A libusb node's ioctl handler must be attached
+    // before.
+    bool addPrinters(const std::vector<PrinterPlacement>& printers, const UsbIdentity& identity, std::string& error);
     ~Testbed();
     Testbed(const Testbed&) = delete;
     Testbed& operator=(const Testbed&) = delete;

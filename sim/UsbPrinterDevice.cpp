@@ -14,6 +14,8 @@
 
 #include <umockdev.h>
 
+#include "sim/PrinterSysfs.h"
+
 namespace corvelsim {
 
 namespace {
@@ -23,6 +25,7 @@ constexpr uint8_t kBulk = 2, kInterrupt = 3;
 constexpr size_t kLargestMessage = 65536;
 constexpr unsigned kDirectionIn = 0x80;
 constexpr unsigned kOtherOutPacketSize = 512;  // the second-claims layout's OUT endpoint
+constexpr unsigned kGetDescriptor = 6, kStringDescriptorType = 3;
 
 struct Endpoint {
     uint8_t address;
@@ -88,10 +91,10 @@ Bytes usbDescriptors(const UsbDeviceOptions& options)
 {
     // Device: USB 2.0, class per interface, 64-byte control endpoint, one configuration.
     Bytes bytes = {18, 1, 0x00, 0x02, 0, 0, 0, 64};
-    appendLE16(bytes, 0xC0DE);  // vendor
-    appendLE16(bytes, 0x0001);  // product
+    appendLE16(bytes, options.identity.vendorId);
+    appendLE16(bytes, options.identity.productId);
     appendLE16(bytes, 0x0100);  // release
-    bytes.insert(bytes.end(), {0, 0, 0, 1});
+    bytes.insert(bytes.end(), {kManufacturerIndex, kProductIndex, kSerialIndex, 1});
 
     Bytes interfaces;
     const std::vector<Interface> layout = interfacesOf(options);
@@ -129,29 +132,13 @@ std::unique_ptr<UsbPrinterDevice> UsbPrinterDevice::attach(::_UMockdevTestbed* t
         return nullptr;
     }
 
-    const std::string address = usbAddress(options.bus, options.device);
-    const std::string bus = address.substr(0, 3), dev = address.substr(4);
-    const std::string node = "/dev/bus/usb/" + bus + "/" + dev;
+    const std::string node = usbNodePath(options.bus, options.device);
     device->m_Handler = umockdev_ioctl_base_new();
     g_signal_connect(device->m_Handler, "handle-ioctl", G_CALLBACK(&UsbPrinterDevice::onIoctl), device.get());
     GError* gerror = nullptr;
     // The handler must be in place before the node appears.
     if (!umockdev_testbed_attach_ioctl(testbed, node.c_str(), device->m_Handler, &gerror)) {
         error = "cannot attach the USB device " + node + ": " + (gerror ? gerror->message : "unknown error");
-        if (gerror) g_error_free(gerror);
-        return nullptr;
-    }
-    // libusb reads the descriptors from the node itself (upper-case hex only).
-    const std::string description =
-        "P: /devices/corvelsim/usb" + std::to_string(options.bus) + "/" + std::to_string(options.bus) + "-1\n" +
-        "N: bus/usb/" + bus + "/" + dev + "=" + toHex(usbDescriptors(options)) + "\n" +
-        "E: SUBSYSTEM=usb\n"
-        "E: DEVTYPE=usb_device\n"
-        "E: DEVNAME=" +
-        node + "\n" + "E: BUSNUM=" + bus + "\n" + "E: DEVNUM=" + dev + "\n" +
-        "A: busnum=" + std::to_string(options.bus) + "\n" + "A: devnum=" + std::to_string(options.device) + "\n";
-    if (!umockdev_testbed_add_from_string(testbed, description.c_str(), &gerror)) {
-        error = "cannot add the USB device " + node + ": " + (gerror ? gerror->message : "unknown error");
         if (gerror) g_error_free(gerror);
         return nullptr;
     }
@@ -242,6 +229,7 @@ void UsbPrinterDevice::handle(::_UMockdevIoctlClient* client)
     case USBDEVFS_GETDRIVER:
         umockdev_ioctl_client_complete(client, -1, ENODATA);  // no kernel driver bound
         break;
+    case USBDEVFS_CONTROL: control(client, data); break;
     case USBDEVFS_SUBMITURB: submit(client, data); break;
     case USBDEVFS_DISCARDURB: discard(client, arg); break;
     case USBDEVFS_REAPURB:
@@ -274,6 +262,35 @@ bool UsbPrinterDevice::unplugged()
     char next;
     if (!m_Unplugged) m_Unplugged = recv(m_DeviceFd, &next, 1, MSG_PEEK) == 0;
     return m_Unplugged;
+}
+
+// Control transfers: the device answers GET_DESCRIPTOR for its strings
+// (libusb's usb_get_string_simple) and stalls every other request.
+void UsbPrinterDevice::control(::_UMockdevIoctlClient* client, ::_UMockdevIoctlData* data)
+{
+    const auto* request = reinterpret_cast<const usbdevfs_ctrltransfer*>(data->data);
+    const bool stringRequest = request->bRequestType == kDirectionIn && request->bRequest == kGetDescriptor &&
+                               (request->wValue >> 8) == kStringDescriptorType;
+    const Bytes descriptor = stringRequest ? usbStringDescriptor(m_Options.identity, request->wValue & 0xFF) : Bytes{};
+    if (descriptor.empty()) {
+        umockdev_ioctl_client_complete(client, -1, EPIPE);
+        return;
+    }
+    const size_t count = std::min<size_t>(descriptor.size(), request->wLength);
+    if (count == 0) {
+        umockdev_ioctl_client_complete(client, 0, 0);
+        return;
+    }
+    GError* gerror = nullptr;
+    UMockdevIoctlData* buffer =
+        umockdev_ioctl_data_resolve(data, offsetof(usbdevfs_ctrltransfer, data), request->wLength, &gerror);
+    if (!buffer) {
+        if (gerror) g_error_free(gerror);
+        umockdev_ioctl_client_complete(client, -1, EFAULT);
+        return;
+    }
+    std::memcpy(buffer->data, descriptor.data(), count);
+    umockdev_ioctl_client_complete(client, long(count), 0);
 }
 
 void UsbPrinterDevice::submit(::_UMockdevIoctlClient* client, ::_UMockdevIoctlData* data)

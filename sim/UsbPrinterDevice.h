@@ -16,6 +16,7 @@
 #include <string>
 
 #include "sim/Bytes.h"
+#include "sim/UsbIdentity.h"
 
 struct _UMockdevTestbed;
 struct _UMockdevIoctlBase;
@@ -38,6 +39,7 @@ struct UsbDeviceOptions {
     int packetSize = 64;  // wMaxPacketSize of the bulk endpoints
     UsbLayout layout = UsbLayout::Printer;
     std::string tracePath;  // "" : no transfer trace
+    UsbIdentity identity;   // its descriptors' ids and strings
 };
 
 // Reads "printer", "second-claims", "no-printer" or "no-bulk-in".
@@ -51,7 +53,9 @@ std::string usbAddress(int bus, int device);
 
 class UsbPrinterDevice {
 public:
-    // Adds the device to the testbed; nullptr and a message on failure.
+    // Attaches the handler of the device's ioctls to the testbed; the
+    // testbed's printers then add the node itself (their first printer, with
+    // usbDescriptors()). nullptr and a message on failure.
     static std::unique_ptr<UsbPrinterDevice> attach(::_UMockdevTestbed* testbed, const UsbDeviceOptions& options,
                                                     std::string& error);
     ~UsbPrinterDevice();
@@ -74,6 +78,7 @@ private:
     explicit UsbPrinterDevice(const UsbDeviceOptions& options) : m_Options(options) {}
     static int onIoctl(::_UMockdevIoctlBase* base, ::_UMockdevIoctlClient* client, void* self);
     void handle(::_UMockdevIoctlClient* client);
+    void control(::_UMockdevIoctlClient* client, ::_UMockdevIoctlData* arg);
     void submit(::_UMockdevIoctlClient* client, ::_UMockdevIoctlData* arg);
     void discard(::_UMockdevIoctlClient* client, ::_UMockdevIoctlData* arg);
     void reap(::_UMockdevIoctlClient* client, ::_UMockdevIoctlData* arg);

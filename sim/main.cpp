@@ -86,13 +86,17 @@ int main(int argc, char** argv)
     if (!options.logPath.empty() && !log.open(options.logPath))
         return fail("cannot open the request log '" + options.logPath + "': " + std::strerror(errno));
 
-    std::unique_ptr<Testbed> testbed = Testbed::create(options.lpNumbers, error);
+    std::unique_ptr<Testbed> testbed = Testbed::create(error);
     if (!testbed) return fail(error);
+    std::vector<PrinterPlacement> printers =
+        placePrinters(options.lpNumbers, options.usb.bus, options.usb.device, options.usb.identity.serial);
     std::unique_ptr<UsbPrinterDevice> usbDevice;
     if (options.usb.bus != 0) {
         usbDevice = UsbPrinterDevice::attach(testbed->umockdevTestbed(), options.usb, error);
         if (!usbDevice) return fail(error);
+        printers.front().descriptors = usbDescriptors(options.usb);  // the libusb route reaches the first printer
     }
+    if (!testbed->addPrinters(printers, options.usb.identity, error)) return fail(error);
     PrinterServer server(*testbed, state, options.faults, log, options.statePath.empty() ? nullptr : &stateFile);
     if (usbDevice) server.addUsbPort(usbDevice->serverFd(), usbDevice->address());
 
