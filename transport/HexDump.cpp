@@ -27,28 +27,34 @@ int hexDigitValue(int c)
 // Lines of up to 16 bytes: "XX " each, three blanks for each byte a short
 // line lacks (only when the dump is wider than that line), '|', then the
 // bytes as characters with '.' for the unprintable.
-void hexDump(const uint8_t* bytes, int32_t count)
+std::string hexDumpText(const uint8_t* bytes, int32_t count)
 {
+    std::string text;
     if (bytes == nullptr || count <= 0) {
-        return;
+        return text;
     }
     const int32_t width = count < kBytesPerLine ? count : kBytesPerLine;
+    char pair[4];
     for (int32_t start = 0; start < count; start += width) {
         const int32_t n = count - start < width ? count - start : width;
         for (int32_t i = 0; i < n; ++i) {
-            std::fprintf(stderr, "%02X ", bytes[start + i]);
+            std::snprintf(pair, sizeof pair, "%02X ", bytes[start + i]);
+            text += pair;
         }
         for (int32_t i = n; i < width; ++i) {
-            std::fputs("   ", stderr);
+            text += "   ";
         }
-        std::fputc('|', stderr);
+        text += '|';
         for (int32_t i = 0; i < n; ++i) {
             const uint8_t c = bytes[start + i];
-            std::fputc(c >= 0x20 && c <= 0x7E ? c : '.', stderr);
+            text += static_cast<char>(c >= 0x20 && c <= 0x7E ? c : '.');
         }
-        std::fputc('\n', stderr);
+        text += '\n';
     }
+    return text;
 }
+
+void hexDump(const uint8_t* bytes, int32_t count) { std::fputs(hexDumpText(bytes, count).c_str(), stderr); }
 
 // On a character that is no hexadecimal digit the message goes to standard
 // output with the character's code (as an unsigned byte), the array is freed,

@@ -3,6 +3,10 @@
 #pragma once
 
 #include <cstdint>
+#include <string>
+
+// The dump as text: 16 bytes a line, hex pairs, '|', printable characters.
+std::string hexDumpText(const uint8_t* bytes, int32_t count);
 
 // Writes `count` bytes to standard error, 16 a line: hex pairs, '|', printable characters.
 void hexDump(const uint8_t* bytes, int32_t count);
