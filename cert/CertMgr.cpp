@@ -189,7 +189,11 @@ int CertMgr::getFriendlyNameList(std::vector<std::string>& names)
     if (call(kQueryCertList, kTimeLimitSeconds, response, "D [CVL] Error getting list of friendly names %d\n") != 0) {
         return -1;
     }
-    response.getCertList(names);
+    if (m_WholeLists) {
+        response.getWholeList(names);
+    } else {
+        response.getCertList(names);
+    }
     std::fprintf(stderr, "D [CVL] List of friendly names (%d):\n", static_cast<int>(names.size()));
     for (size_t i = 0; i < names.size(); ++i) {
         std::fprintf(stderr, "D [CVL] [%d] %s\n", static_cast<int>(i), names[i].c_str());
@@ -203,7 +207,11 @@ int CertMgr::getCACommonNameList(std::vector<std::string>& names)
     if (call(kQueryCAList, kTimeLimitSeconds, response, "D [CVL] getCACommonNameList error %d\n") != 0) {
         return -1;
     }
-    response.getCAList(names);
+    if (m_WholeLists) {
+        response.getWholeList(names);
+    } else {
+        response.getCAList(names);
+    }
     return 0;
 }
 

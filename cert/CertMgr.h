@@ -48,6 +48,8 @@ public:
     // Names (of CAs, files and friendly names) go into requests XML-escaped
     // when set; by default they go as they stand.
     void setEscapeNames(bool escape) { m_EscapeNames = escape; }
+    // Name lists are read whole when set; by default only their first nine names.
+    void setWholeLists(bool whole) { m_WholeLists = whole; }
 
     // The status code and message of the last answer judged (code 0 before any).
     struct CallStatus {
@@ -93,5 +95,6 @@ private:
 
     std::unique_ptr<NPAChannel> npaChannel;
     bool m_EscapeNames = false;
+    bool m_WholeLists = false;
     CallStatus m_LastStatus;
 };

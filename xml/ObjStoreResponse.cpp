@@ -4,6 +4,7 @@
 
 #include "cert/Base64.h"
 #include "common/LeadingNumber.h"
+#include "xml/NameList.h"
 #include "xml/SimpleXPath.h"
 
 namespace {
@@ -100,5 +101,12 @@ void ObjStoreResponse::readNameList(std::vector<std::string>& names) const
             break;
         }
         names.push_back(std::move(name));
+    }
+}
+
+void ObjStoreResponse::getWholeList(std::vector<std::string>& names) const
+{
+    if (statusIsSuccess()) {
+        names = readWholeNameList(m_Response);
     }
 }

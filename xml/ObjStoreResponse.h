@@ -31,6 +31,8 @@ public:
                         std::string& locality, std::string& commonName, std::string& altName) const;
     void getCertList(std::vector<std::string>& names) const;
     void getCAList(std::vector<std::string>& names) const;
+    // Either list whole, not only its first nine names.
+    void getWholeList(std::vector<std::string>& names) const;
 
 private:
     bool statusIsSuccess() const;

@@ -76,18 +76,33 @@ TEST(ObjStoreResponse, FieldsOnlyWithStatusTextExactlyOne)
     }
 }
 
-TEST(ObjStoreResponse, ListStopsAtTheFirstEmptyNameAndAtNine)
+TEST(ObjStoreResponse, ListStopsAtTheFirstEmptyNameAndAtNineUnlessReadWhole)
 {
+    std::vector<std::string> twelve;
+    for (int i = 1; i <= 12; ++i) twelve.push_back("R&amp;D " + std::to_string(i));
+    std::vector<std::string> twelveDecoded;
+    for (int i = 1; i <= 12; ++i) twelveDecoded.push_back("R&D " + std::to_string(i));
     // clang-format off
     const struct {
-        std::vector<std::string> items;
-        size_t expected;
-    } cases[] = {{{"a", "", "c"}, 1}, {{"1", "2", "3", "4", "5", "6", "7", "8", "9", "10"}, 9}};
+        std::string xml;
+        std::vector<std::string> firstNine, whole;
+    } cases[] = {
+        {listAnswerXml({"a", "", "c"}), {"a"}, {"a"}},
+        {listAnswerXml(twelve), {twelveDecoded.begin(), twelveDecoded.begin() + 9}, twelveDecoded},
+        // Only the list field's items count, not the text nested in them or other fields.
+        {answer(status("1") + stringChild("cert_friendly_name", "x") +
+                xmlChild("cert_list", "ListElem", "<StringElem>a<b>c</b></StringElem><StringElem>d</StringElem>")),
+         {"a", "d"}, {"a", "d"}},
+        {answer(status("2") + xmlChild("cert_list", "ListElem", "<StringElem>a</StringElem>")), {"stale"}, {"stale"}},
+        {answer(status("1") + xmlChild("cert_list", "ListElem", "<StringElem>a</Wrong>")), {}, {}},
+    };
     // clang-format on
     for (const auto& c : cases) {
-        std::vector<std::string> names = {"stale"};
-        responseOf(listAnswerXml(c.items)).getCertList(names);
-        EXPECT_EQ(names, std::vector<std::string>(c.items.begin(), c.items.begin() + c.expected));
+        std::vector<std::string> firstNine = {"stale"}, whole = {"stale"};
+        responseOf(c.xml).getCertList(firstNine);
+        responseOf(c.xml).getWholeList(whole);
+        EXPECT_EQ(firstNine, c.firstNine) << c.xml;
+        EXPECT_EQ(whole, c.whole) << c.xml;
     }
 }
 
