@@ -5,7 +5,7 @@
 #include <cstdio>
 #include <cstring>
 
-#include "cert/Base64.h"
+#include "common/Base64.h"
 #include "cert/CertRequests.h"
 #include "npa/NPAChannel.h"
 #include "xml/ObjStoreResponse.h"
