@@ -3,7 +3,6 @@
 // items, and in every case a report of the printer's 802.1x state.
 #include <cstdio>
 
-#include "cert/CertMgr.h"
 #include "npa/NpaFrame.h"
 #include "npa/WirelessConfigurator.h"
 
@@ -45,18 +44,8 @@ int WirelessConfigurator::set8021xOptions()
 void WirelessConfigurator::addValidateCertificate()
 {
     // The printer should validate the server's certificate when it holds
-    // certificates of its own: two or more friendly names, or a CA. A list
-    // that cannot be read counts as empty.
-    uint8_t validate = 0;
-    if (const std::unique_ptr<CertMgr> client = CertMgr::create(npaChannel->duplicate())) {
-        std::vector<std::string> names;
-        if (client->getFriendlyNameList(names) == 0 && names.size() > 1) {
-            validate = 1;
-        } else {
-            names.clear();
-            validate = client->getCACommonNameList(names) == 0 && !names.empty() ? 1 : 0;
-        }
-    }
+    // certificates of its own.
+    const uint8_t validate = certificates.holdsOwnCertificates(*npaChannel) ? 1 : 0;
     std::fprintf(stderr, "D [CVL] Validate certificate? %d\n", validate);
     npa::appendFlagItem(items, npa::kValidateCertificate, validate);
 }

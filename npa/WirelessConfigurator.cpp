@@ -6,12 +6,14 @@
 #include "npa/PasswordPrompt.h"
 #include "transport/HexDump.h"
 
-WirelessConfigurator::WirelessConfigurator(ConfigDetails& details)
-    : WirelessConfigurator(details, std::make_unique<NPAChannel>(details.usbPath))
+WirelessConfigurator::WirelessConfigurator(ConfigDetails& details, CertificateInventory& inventory)
+    : WirelessConfigurator(details, inventory, std::make_unique<NPAChannel>(details.usbPath))
 {}
 
-WirelessConfigurator::WirelessConfigurator(ConfigDetails& details, std::unique_ptr<NPAChannel> channel)
-    : config(details), npaChannel(std::move(channel)), passwordSource([] { return promptForPassword(); })
+WirelessConfigurator::WirelessConfigurator(ConfigDetails& details, CertificateInventory& inventory,
+                                           std::unique_ptr<NPAChannel> channel)
+    : config(details), certificates(inventory), npaChannel(std::move(channel)),
+      passwordSource([] { return promptForPassword(); })
 {}
 
 WirelessConfigurator::~WirelessConfigurator() = default;

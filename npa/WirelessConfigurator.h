@@ -9,14 +9,17 @@
 #include <string>
 #include <vector>
 
-#include "app/ConfigDetails.h"
+#include "npa/CertificateInventory.h"
+#include "npa/ConfigDetails.h"
 #include "npa/NPAChannel.h"
 #include "npa/NpaFrame.h"
 
 class WirelessConfigurator {
 public:
-    explicit WirelessConfigurator(ConfigDetails& config);
-    WirelessConfigurator(ConfigDetails& config, std::unique_ptr<NPAChannel> channel);  // tests
+    // `certificates` (not owned) decides the 802.1x validate-certificate flag.
+    WirelessConfigurator(ConfigDetails& config, CertificateInventory& certificates);
+    WirelessConfigurator(ConfigDetails& config, CertificateInventory& certificates,
+                         std::unique_ptr<NPAChannel> channel);  // tests
     ~WirelessConfigurator();
 
     WirelessConfigurator(const WirelessConfigurator&) = delete;
@@ -73,8 +76,7 @@ private:
     void add8021xPassword();
     void addAuthExtensions();
     void addInnerAuth();
-    // Asks the printer's certificate manager which certificates it holds and
-    // appends the validate-certificate flag.
+    // Asks the certificate inventory and appends the validate-certificate flag.
     void addValidateCertificate();
 
     // Mode, security, channel and SSID, in this order.
@@ -91,6 +93,7 @@ private:
 
     std::vector<uint8_t> items;  // of the settings request under construction
     ConfigDetails& config;
+    CertificateInventory& certificates;
     std::unique_ptr<NPAChannel> npaChannel;
     bool passThrough = true;
     PasswordSource passwordSource;

@@ -42,11 +42,21 @@ inline std::string itemKeys(const std::string& request)
     return keys;
 }
 
+// A certificate inventory that gives a set answer and counts the questions.
+struct FakeCertificateInventory : CertificateInventory {
+    bool holdsOwnCertificates(const NPAChannel&) override { return ++questions, holds; }
+    bool holds = false;
+    int questions = 0;
+};
+
 // A configurator on the scripted printer and the fake clock; its password
-// prompt answers "typed" and counts the prompts.
+// prompt answers "typed" and counts the prompts. Without an inventory of the
+// caller's, it asks `fakeCertificates`.
 struct ConfiguratorUnderTest {
-    explicit ConfiguratorUnderTest(ConfigDetails details = ConfigDetails())
-        : config(std::move(details)), configurator(config, std::make_unique<NPAChannel>(config.usbPath))
+    explicit ConfiguratorUnderTest(ConfigDetails details = ConfigDetails(),
+                                   CertificateInventory* certificates = nullptr)
+        : config(std::move(details)), configurator(config, certificates != nullptr ? *certificates : fakeCertificates,
+                                                   std::make_unique<NPAChannel>(config.usbPath))
     {
         configurator.setPasswordSource([this] { return ++passwordPrompts, std::string("typed"); });
     }
@@ -55,6 +65,7 @@ struct ConfiguratorUnderTest {
     ScriptedPrinter& printer = scripted.printer;
     FakeClock& clock = scripted.fake.clock;
     ConfigDetails config;
+    FakeCertificateInventory fakeCertificates;
     WirelessConfigurator configurator;
     int passwordPrompts = 0;
 };
