@@ -72,7 +72,7 @@ int32_t NPAChannel::exchangeNPA(const uint8_t* request, int32_t length, std::vec
     }
     transport.write(request, length);
 
-    Clock& clock = currentClock();
+    Clock& clock = Seam<Clock>::get();
     clock.sleep(kExchangeWaitSeconds);
     const std::time_t start = clock.now();
 
@@ -96,7 +96,7 @@ int NPAChannel::sendSettings(const uint8_t* request, int32_t length)
         return -1;
     }
     transport.write(request, length);
-    currentClock().sleep(kSettingsWaitSeconds);
+    Seam<Clock>::get().sleep(kSettingsWaitSeconds);
     const int32_t got = boundedCount(transport.read(answer.data(), kSettingsAnswerSize), kSettingsAnswerSize);
     transport.close();
 
@@ -115,7 +115,7 @@ int32_t NPAChannel::readOnce(const uint8_t* request, int32_t length, std::vector
     }
     transport.write(request, length);
     if (waitSeconds > 0) {
-        currentClock().sleep(waitSeconds);
+        Seam<Clock>::get().sleep(waitSeconds);
     }
     const int32_t size = static_cast<int32_t>(buffer.size());
     const int32_t got = boundedCount(transport.read(buffer.data(), size), size);

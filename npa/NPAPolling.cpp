@@ -47,7 +47,7 @@ NPAChannel::PollOutcome NPAChannel::poll(const uint8_t* request, int32_t length,
     got = 0;
     for (int attempt = 0; attempt < rule.attempts && !deviceGone(); ++attempt) {
         if (attempt > 0 && rule.pauseBetween > 0) {
-            currentClock().sleep(rule.pauseBetween);
+            Seam<Clock>::get().sleep(rule.pauseBetween);
         }
         got = readOnce(request, length, answer, rule.waitAfterWrite);
         if (rule.canRefuse && npa::isRefused(answer.data(), static_cast<size_t>(got))) {

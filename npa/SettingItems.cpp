@@ -6,6 +6,7 @@
 
 #include "common/LeadingNumber.h"
 #include "npa/NpaFrame.h"
+#include "npa/PasswordPrompt.h"
 #include "npa/WirelessConfigurator.h"
 
 namespace {
@@ -132,7 +133,7 @@ void WirelessConfigurator::addPassword()
     std::string password = config.passwd;
     if (password.empty()) {
         std::fflush(stdout);  // earlier output must appear before the prompt
-        password = passwordSource ? passwordSource() : std::string();
+        password = Seam<PasswordSource>::get().password();
     }
     const npa::Key key = config.security == "WEP" ? npa::kWEPKey1 : npa::kPassphrase;
     npa::appendTextItem(items, key, password, kNoLimit, true);

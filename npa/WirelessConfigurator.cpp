@@ -3,24 +3,15 @@
 
 #include <cstdio>
 
-#include "npa/PasswordPrompt.h"
 #include "transport/HexDump.h"
 
 WirelessConfigurator::WirelessConfigurator(ConfigDetails& details, CertificateInventory& inventory)
-    : WirelessConfigurator(details, inventory, std::make_unique<NPAChannel>(details.usbPath))
-{}
-
-WirelessConfigurator::WirelessConfigurator(ConfigDetails& details, CertificateInventory& inventory,
-                                           std::unique_ptr<NPAChannel> channel)
-    : config(details), certificates(inventory), npaChannel(std::move(channel)),
-      passwordSource([] { return promptForPassword(); })
+    : config(details), certificates(inventory), npaChannel(std::make_unique<NPAChannel>(details.usbPath))
 {}
 
 WirelessConfigurator::~WirelessConfigurator() = default;
 
 void WirelessConfigurator::setPassThrough(bool enabled) { passThrough = enabled; }
-
-void WirelessConfigurator::setPasswordSource(PasswordSource source) { passwordSource = std::move(source); }
 
 std::vector<uint8_t> WirelessConfigurator::prepare(const std::vector<uint8_t>& request) const
 {

@@ -4,7 +4,6 @@
 #pragma once
 
 #include <cstdint>
-#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -18,8 +17,6 @@ class WirelessConfigurator {
 public:
     // `certificates` (not owned) decides the 802.1x validate-certificate flag.
     WirelessConfigurator(ConfigDetails& config, CertificateInventory& certificates);
-    WirelessConfigurator(ConfigDetails& config, CertificateInventory& certificates,
-                         std::unique_ptr<NPAChannel> channel);  // tests
     ~WirelessConfigurator();
 
     WirelessConfigurator(const WirelessConfigurator&) = delete;
@@ -27,11 +24,6 @@ public:
 
     // true: every request goes out inside a pass-through envelope; false: plain.
     void setPassThrough(bool passThrough);
-
-    // Where the network password comes from when the record has none; the
-    // default asks the user on the terminal.
-    using PasswordSource = std::function<std::string()>;
-    void setPasswordSource(PasswordSource source);
 
     // Configuration sequences: -1 refused or no answer, 0 accepted, 1 otherwise.
     int basicConfig();
@@ -96,5 +88,4 @@ private:
     CertificateInventory& certificates;
     std::unique_ptr<NPAChannel> npaChannel;
     bool passThrough = true;
-    PasswordSource passwordSource;
 };

@@ -4,7 +4,6 @@
 #pragma once
 
 #include <cstdint>
-#include <functional>
 #include <memory>
 
 #include "transport/CommTransport.h"
@@ -22,12 +21,6 @@ public:
     void noop() override;
     bool deviceGone() const override { return m_DeviceGone; }
     ~HCUSBTransport() override;
-
-    // Test seam: when set, open() asks this factory for the connector of a
-    // path instead of creating a device-node or libusb connector. The factory
-    // returns the connector already opened or not; open() calls its open().
-    using ConnectorFactory = std::function<std::unique_ptr<HCIOConnector>(const char* usbPath)>;
-    static void setConnectorFactory(ConnectorFactory factory);
 
 private:
     HCUSBTransport() = default;
