@@ -6,6 +6,7 @@
 #include <cstring>
 #include <iterator>
 
+#include "common/Console.h"
 #include "npa/NpaFrame.h"
 
 namespace certreq {
@@ -92,7 +93,7 @@ bool formatRequest(char* buffer, size_t capacity, const char* method, const char
     va_end(values);
     if (length < 0 || static_cast<size_t>(length) >= capacity) {
         std::memset(buffer, 0, capacity);
-        std::fprintf(stderr, "D [CVL] The %s request does not fit its %zu-byte buffer!\n", method, capacity);
+        traceF("D [CVL] The %s request does not fit its %zu-byte buffer!\n", method, capacity);
         return false;
     }
     return true;

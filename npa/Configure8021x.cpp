@@ -3,12 +3,13 @@
 // items, and in every case a report of the printer's 802.1x state.
 #include <cstdio>
 
+#include "common/Console.h"
 #include "npa/NpaFrame.h"
 #include "npa/WirelessConfigurator.h"
 
 int WirelessConfigurator::configure8021x()
 {
-    std::fprintf(stderr, "D [CVL] Configuring for 8021x...\n");
+    traceF("D [CVL] Configuring for 8021x...\n");
     int result = set8021xOptions();
     if (result == 0) {
         items.clear();
@@ -24,7 +25,7 @@ int WirelessConfigurator::configure8021x()
 
 int WirelessConfigurator::set8021xOptions()
 {
-    std::fprintf(stderr, "D [CVL] Setting 8021x Options...\n");
+    traceF("D [CVL] Setting 8021x Options...\n");
     items.clear();
     addEncryption();
     addAuthExtensions();
@@ -37,7 +38,7 @@ int WirelessConfigurator::set8021xOptions()
         addWEPTransmitKey();
     }
     const int result = sendSettingsRequest(true);
-    std::fprintf(stderr, "D [CVL] Setting 802.1x ret = %d\n", result);
+    traceF("D [CVL] Setting 802.1x ret = %d\n", result);
     return result;
 }
 
@@ -46,6 +47,6 @@ void WirelessConfigurator::addValidateCertificate()
     // The printer should validate the server's certificate when it holds
     // certificates of its own.
     const uint8_t validate = certificates.holdsOwnCertificates(*npaChannel) ? 1 : 0;
-    std::fprintf(stderr, "D [CVL] Validate certificate? %d\n", validate);
+    traceF("D [CVL] Validate certificate? %d\n", validate);
     npa::appendFlagItem(items, npa::kValidateCertificate, validate);
 }

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cstdio>
 
+#include "common/Console.h"
 #include "npa/ByteOrder.h"
 #include "npa/NpaFrame.h"
 #include "transport/Clock.h"
@@ -66,7 +67,7 @@ int32_t NPAChannel::exchangeNPA(const uint8_t* request, int32_t length, std::vec
     answer.clear();
     if (transport.open(devicePath.c_str()) != 0) {
         if (!transport.deviceGone()) {  // a printer gone was reported once already
-            std::fprintf(stderr, "D [CVL] Failed to open usb device '%s'!\n", devicePath.c_str());
+            traceF("D [CVL] Failed to open usb device '%s'!\n", devicePath.c_str());
         }
         return 0;
     }

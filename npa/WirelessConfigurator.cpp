@@ -3,6 +3,7 @@
 
 #include <cstdio>
 
+#include "common/Console.h"
 #include "transport/HexDump.h"
 
 WirelessConfigurator::WirelessConfigurator(ConfigDetails& details, CertificateInventory& inventory)
@@ -27,7 +28,7 @@ int WirelessConfigurator::sendNPA(const uint8_t* bytes, int32_t length, int time
     }
     std::vector<uint8_t> answer;
     const int32_t count = npaChannel->exchangeNPA(bytes, length, answer, timeLimitSeconds);
-    std::fprintf(stderr, "D [CVL] sendNPA response (%d bytes)\n", count);
+    traceF("D [CVL] sendNPA response (%d bytes)\n", count);
     hexDump(answer.data(), count);
     return 0;
 }

@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <cstring>
 
+#include "common/Console.h"
 #include "transport/Clock.h"
 #include "transport/ConnectorFactory.h"
 
@@ -38,7 +39,7 @@ void HCUSBTransport::releaseInstance()
         return;
     }
     if (--m_RefCount == 0) {
-        std::fprintf(stderr, "D [CVL] Destroying last instance of usb transport.\n");
+        traceF("D [CVL] Destroying last instance of usb transport.\n");
         delete m_Instance;
         m_Instance = nullptr;
     }
@@ -150,8 +151,7 @@ void HCUSBTransport::checkGone()
         return;
     }
     m_DeviceGone = true;
-    std::fprintf(stderr, "D [CVL] The printer is gone (%s): no further requests are sent.\n",
-                 std::strerror(m_Connector->getError()));
+    traceF("D [CVL] The printer is gone (%s): no further requests are sent.\n", std::strerror(m_Connector->getError()));
 }
 
 void HCUSBTransport::noop() {}

@@ -3,8 +3,11 @@
 #include <cctype>
 #include <cstdio>
 #include <cstring>
+#include <string>
 
 #include "transport/HexDump.h"
+
+#include "common/Console.h"
 
 namespace {
 
@@ -32,21 +35,28 @@ void hexDump(const uint8_t* bytes, int32_t count)
     if (bytes == nullptr || count <= 0) {
         return;
     }
+    static const char kDigits[] = "0123456789ABCDEF";
     const int32_t width = count < kBytesPerLine ? count : kBytesPerLine;
+    std::string line;
     for (int32_t start = 0; start < count; start += width) {
         const int32_t n = count - start < width ? count - start : width;
-        for (int32_t i = 0; i < n; ++i) {
-            std::fprintf(stderr, "%02X ", bytes[start + i]);
-        }
-        for (int32_t i = n; i < width; ++i) {
-            std::fputs("   ", stderr);
-        }
-        std::fputc('|', stderr);
+        line.clear();
         for (int32_t i = 0; i < n; ++i) {
             const uint8_t c = bytes[start + i];
-            std::fputc(c >= 0x20 && c <= 0x7E ? c : '.', stderr);
+            line += kDigits[c >> 4];
+            line += kDigits[c & 0x0F];
+            line += ' ';
         }
-        std::fputc('\n', stderr);
+        for (int32_t i = n; i < width; ++i) {
+            line += "   ";
+        }
+        line += '|';
+        for (int32_t i = 0; i < n; ++i) {
+            const uint8_t c = bytes[start + i];
+            line += static_cast<char>(c >= 0x20 && c <= 0x7E ? c : '.');
+        }
+        line += '\n';
+        Seam<Console>::get().trace(line);
     }
 }
 
@@ -73,7 +83,7 @@ int32_t hexToBytes(const char* text, uint8_t** bytes)
         const int upper = std::toupper(static_cast<unsigned char>(text[i]));
         const int value = hexDigitValue(upper);
         if (value < 0) {
-            std::printf("not valid Hex char?! '%X'\n", static_cast<unsigned>(upper));
+            userF("not valid Hex char?! '%X'\n", static_cast<unsigned>(upper));
             delete[] converted;
             *bytes = nullptr;
             return 0;

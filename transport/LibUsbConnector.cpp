@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <cstdlib>
 
+#include "common/Console.h"
 #include "transport/Clock.h"
 #include "transport/MutexLock.h"
 
@@ -193,10 +194,9 @@ int32_t LibUsbConnector::write(const uint8_t* buffer, int32_t length)
         if (sent == kTimedOut || sent == 0) {
             if (sent == kTimedOut) Seam<Clock>::get().waited(long(kWriteLimitMs) * 1000);
             if (++fruitlessTries >= kWriteTries) {
-                std::fprintf(stderr,
-                             "D [CVL] USB write stopped: the printer took no data in %d tries of %d ms "
-                             "(%d of %d bytes written).\n",
-                             kWriteTries, kWriteLimitMs, int(length - remaining), int(length));
+                traceF("D [CVL] USB write stopped: the printer took no data in %d tries of %d ms "
+                       "(%d of %d bytes written).\n",
+                       kWriteTries, kWriteLimitMs, int(length - remaining), int(length));
                 record(IoStatus::Failed);
                 break;
             }
