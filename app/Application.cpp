@@ -7,6 +7,7 @@
 #include <cstring>
 
 #include "app/StandardStreams.h"
+#include "cert/CertMgrInventory.h"
 #include "cert/CertProc.h"
 #include "npa/WirelessConfigurator.h"
 #include "transport/HexDump.h"
@@ -55,6 +56,7 @@ Application::~Application()
     // The configurator gives its transport reference back before the record
     // it reads from goes away.
     m_Configurator.reset();
+    m_Certificates.reset();
     m_Config.reset();
 }
 
@@ -68,7 +70,8 @@ int Application::run()
     }
 
     // Binds the configurator to the record; no device is opened yet.
-    m_Configurator = std::make_unique<WirelessConfigurator>(*m_Config);
+    m_Certificates = std::make_unique<CertMgrInventory>();
+    m_Configurator = std::make_unique<WirelessConfigurator>(*m_Config, *m_Certificates);
     return dispatch();
 }
 

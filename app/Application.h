@@ -7,8 +7,9 @@
 #include <string>
 #include <vector>
 
-#include "app/ConfigDetails.h"
+#include "app/OptionParsing.h"
 
+class CertificateInventory;
 class WirelessConfigurator;
 
 // Exit status of a run whose settings or packet file could not be read.
@@ -39,6 +40,7 @@ private:
     std::vector<std::string> m_Args;
     std::string m_Mode;
     std::unique_ptr<ConfigDetails> m_Config;
+    std::unique_ptr<CertificateInventory> m_Certificates;  // what the configurator asks
     std::unique_ptr<WirelessConfigurator> m_Configurator;
     int32_t m_Result = 0;
 };

@@ -8,6 +8,7 @@
 #include <cstdio>
 
 #include "cert/CertMgr.h"
+#include "common/Console.h"
 
 bool CertMgr::saveToFile(const uint8_t* bytes, int32_t length, const std::string& path)
 {
@@ -23,7 +24,7 @@ bool CertMgr::saveToFile(const uint8_t* bytes, int32_t length, const std::string
         return true;
     }
     if (errno == EAGAIN) {
-        std::fprintf(stderr, "D [CVL] saveToFile error (2): %d, bytes=%d\n\n", EAGAIN, static_cast<int>(result));
+        traceF("D [CVL] saveToFile error (2): %d, bytes=%d\n\n", EAGAIN, static_cast<int>(result));
         ::close(fd);
         return false;
     }
@@ -34,7 +35,7 @@ bool CertMgr::saveToFile(const uint8_t* bytes, int32_t length, const std::string
         if (result > 0) {
             written += static_cast<size_t>(result);
         } else if (errno != EAGAIN) {
-            std::fprintf(stderr, "D [CVL] saveToFile error (1): %d, bytes=%d\n\n", errno, static_cast<int>(result));
+            traceF("D [CVL] saveToFile error (1): %d, bytes=%d\n\n", errno, static_cast<int>(result));
             break;
         }
     }
@@ -50,7 +51,7 @@ int CertMgr::loadFromFile(uint8_t* buffer, int32_t capacity, const std::string& 
     }
     struct stat status {};
     const long long size = ::stat(path.c_str(), &status) == 0 ? static_cast<long long>(status.st_size) : 0;
-    std::fprintf(stderr, "D [CVL] Loading file %s, %d bytes\n", path.c_str(), static_cast<int>(size));
+    traceF("D [CVL] Loading file %s, %d bytes\n", path.c_str(), static_cast<int>(size));
     if (size > capacity) {
         ::close(fd);
         return -1;
@@ -64,8 +65,8 @@ int CertMgr::loadFromFile(uint8_t* buffer, int32_t capacity, const std::string& 
     if (got == static_cast<ssize_t>(total)) {
         result = static_cast<int>(total);
     } else if (errno == EAGAIN) {
-        std::fprintf(stderr, "D [CVL] loadFromFile error (2): %d, bytes=%d, size=%d\n", EAGAIN, static_cast<int>(got),
-                     static_cast<int>(size));
+        traceF("D [CVL] loadFromFile error (2): %d, bytes=%d, size=%d\n", EAGAIN, static_cast<int>(got),
+               static_cast<int>(size));
     } else {
         size_t read = got > 0 ? static_cast<size_t>(got) : 0;
         while (read < total) {
@@ -75,8 +76,8 @@ int CertMgr::loadFromFile(uint8_t* buffer, int32_t capacity, const std::string& 
                 read += static_cast<size_t>(got);
             } else if (errno != EAGAIN) {
                 // The end of a file that shrank counts as a failure too (error 0).
-                std::fprintf(stderr, "D [CVL] loadFromFile error (1): %d, bytes=%d, size=%d\n", errno,
-                             static_cast<int>(got), static_cast<int>(size));
+                traceF("D [CVL] loadFromFile error (1): %d, bytes=%d, size=%d\n", errno, static_cast<int>(got),
+                       static_cast<int>(size));
                 break;
             }
         }

@@ -5,8 +5,9 @@
 #include <cstdio>
 #include <cstring>
 
-#include "cert/Base64.h"
+#include "common/Base64.h"
 #include "cert/CertRequests.h"
+#include "common/Console.h"
 #include "npa/NPAChannel.h"
 #include "xml/ObjStoreResponse.h"
 
@@ -29,8 +30,7 @@ const char* friendlyNameOrDefault(const char* given)
         return CertMgr::defaultFriendlyName;
     }
     if (std::strlen(given) > kLongestFriendlyName) {
-        std::fprintf(stderr, "D [CVL] Friendly name '%s' is longer than %zu characters!\n", given,
-                     kLongestFriendlyName);
+        traceF("D [CVL] Friendly name '%s' is longer than %zu characters!\n", given, kLongestFriendlyName);
         return nullptr;
     }
     return given;
@@ -40,8 +40,8 @@ const char* friendlyNameOrDefault(const char* given)
 // status message; returns -1.
 int reportFailure(const ObjStoreResponse& response, const char* errorLine, const char* messageLine)
 {
-    std::fprintf(stderr, errorLine, response.getStatusCode());
-    std::fprintf(stderr, messageLine, response.getStatusMessage().c_str());
+    traceF(errorLine, response.getStatusCode());
+    traceF(messageLine, response.getStatusMessage().c_str());
     return -1;
 }
 
@@ -76,7 +76,7 @@ std::unique_ptr<CertMgr> CertMgr::create(std::unique_ptr<NPAChannel> channel)
 
 std::unique_ptr<CertMgr> CertMgr::reportNoDevice()
 {
-    std::fprintf(stderr, "D [CVL] Error: No USB device is specified!\n");
+    traceF("D [CVL] Error: No USB device is specified!\n");
     return nullptr;
 }
 
@@ -194,9 +194,9 @@ int CertMgr::getFriendlyNameList(std::vector<std::string>& names)
     } else {
         response.getCertList(names);
     }
-    std::fprintf(stderr, "D [CVL] List of friendly names (%d):\n", static_cast<int>(names.size()));
+    traceF("D [CVL] List of friendly names (%d):\n", static_cast<int>(names.size()));
     for (size_t i = 0; i < names.size(); ++i) {
-        std::fprintf(stderr, "D [CVL] [%d] %s\n", static_cast<int>(i), names[i].c_str());
+        traceF("D [CVL] [%d] %s\n", static_cast<int>(i), names[i].c_str());
     }
     return 0;
 }
@@ -222,12 +222,12 @@ int CertMgr::removeExistingCA(const std::string& path)
     if (caName.empty()) {
         return 0;  // not a certificate whose CA name could be derived
     }
-    std::fprintf(stderr, "D [CVL] CA Common name to match: '%s'\n", caName.c_str());
+    traceF("D [CVL] CA Common name to match: '%s'\n", caName.c_str());
     std::vector<std::string> names;
     getCACommonNameList(names);
     for (const std::string& name : names) {
         if (name == caName) {
-            std::fprintf(stderr, "D [CVL] CA cert exist! Removing...\n");
+            traceF("D [CVL] CA cert exist! Removing...\n");
             return deleteCACert(caName) == 0 ? 1 : 0;  // only the first of equal names
         }
     }

@@ -5,6 +5,7 @@
 #include <cstdio>
 
 #include "cert/CertMgr.h"
+#include "common/Console.h"
 
 int CertProc::process(const std::string& command, ConfigDetails& config)
 {
@@ -17,7 +18,7 @@ int CertProc::process(const std::string& command, ConfigDetails& config)
     if (command == "-icer") {
         return installCertificate(config);
     }
-    std::fprintf(stderr, "D [CVL] Unknown certificate command!\n");
+    traceF("D [CVL] Unknown certificate command!\n");
     return 1;
 }
 
@@ -32,43 +33,43 @@ int CertProc::readDefaults(const ConfigDetails& config)
     const std::unique_ptr<CertMgr> client = CertMgr::create(config.usbPath);
     std::string org, unit, country, state, city, common, altname;
     if (!client || client->getCertRequestDefaults(org, unit, country, state, city, common, altname) != 0) {
-        std::fprintf(stderr, "D [CVL] Failed to read certificate defaults!\n");
+        traceF("D [CVL] Failed to read certificate defaults!\n");
         return 1;
     }
-    std::printf("cer-org=%s\n", org.c_str());
-    std::printf("cer-unit=%s\n", unit.c_str());
-    std::printf("cer-state=%s\n", state.c_str());
-    std::printf("cer-country=%s\n", country.c_str());
-    std::printf("cer-city=%s\n", city.c_str());
-    std::printf("cer-altname=%s\n", altname.c_str());
-    std::printf("cer-common=%s\n", common.c_str());
+    userF("cer-org=%s\n", org.c_str());
+    userF("cer-unit=%s\n", unit.c_str());
+    userF("cer-state=%s\n", state.c_str());
+    userF("cer-country=%s\n", country.c_str());
+    userF("cer-city=%s\n", city.c_str());
+    userF("cer-altname=%s\n", altname.c_str());
+    userF("cer-common=%s\n", common.c_str());
     return 0;
 }
 
 int CertProc::createRequest(const ConfigDetails& config)
 {
     const std::unique_ptr<CertMgr> client = CertMgr::create(config.usbPath);
-    std::fprintf(stderr, "D [CVL] usb=\"%s\"\n", config.usbPath.c_str());
-    std::fprintf(stderr, "D [CVL] --cer-org=\"%s\"\n", config.cerOrg.c_str());
-    std::fprintf(stderr, "D [CVL] --cer-unit=\"%s\"\n", config.cerUnit.c_str());
-    std::fprintf(stderr, "D [CVL] --cer-state=\"%s\"\n", config.cerState.c_str());
-    std::fprintf(stderr, "D [CVL] --cer-country=\"%s\"\n", config.cerCountry.c_str());
-    std::fprintf(stderr, "D [CVL] --cer-city=\"%s\"\n", config.cerCity.c_str());
-    std::fprintf(stderr, "D [CVL] --cer-altname=\"%s\"\n", config.cerAltname.c_str());
-    std::fprintf(stderr, "D [CVL] --cer-common=\"%s\"\n", config.cerCommon.c_str());
-    std::fprintf(stderr, "D [CVL] --cer-path=\"%s\"\n", config.cerPath.c_str());
+    traceF("D [CVL] usb=\"%s\"\n", config.usbPath.c_str());
+    traceF("D [CVL] --cer-org=\"%s\"\n", config.cerOrg.c_str());
+    traceF("D [CVL] --cer-unit=\"%s\"\n", config.cerUnit.c_str());
+    traceF("D [CVL] --cer-state=\"%s\"\n", config.cerState.c_str());
+    traceF("D [CVL] --cer-country=\"%s\"\n", config.cerCountry.c_str());
+    traceF("D [CVL] --cer-city=\"%s\"\n", config.cerCity.c_str());
+    traceF("D [CVL] --cer-altname=\"%s\"\n", config.cerAltname.c_str());
+    traceF("D [CVL] --cer-common=\"%s\"\n", config.cerCommon.c_str());
+    traceF("D [CVL] --cer-path=\"%s\"\n", config.cerPath.c_str());
 
     if (!client || client->createCertRequest(config.cerOrg, config.cerUnit, config.cerCountry, config.cerState,
                                              config.cerCity, config.cerCommon, config.cerAltname) != 0) {
-        std::fprintf(stderr, "D [CVL] Error creating Certificate Request!\n");
+        traceF("D [CVL] Error creating Certificate Request!\n");
         return 1;
     }
-    std::fprintf(stderr, "D [CVL] Certificate Request successfully created! Now saving...\n");
+    traceF("D [CVL] Certificate Request successfully created! Now saving...\n");
     if (client->saveCertRequest(config.cerPath) != 0) {
-        std::fprintf(stderr, "D [CVL] Error saving Certificate Request to '%s'!\n", config.cerPath.c_str());
+        traceF("D [CVL] Error saving Certificate Request to '%s'!\n", config.cerPath.c_str());
         return 1;
     }
-    std::fprintf(stderr, "D [CVL] Certificate Request saved to '%s'!\n", config.cerPath.c_str());
+    traceF("D [CVL] Certificate Request saved to '%s'!\n", config.cerPath.c_str());
     return 0;
 }
 
@@ -81,15 +82,15 @@ int CertProc::installCertificate(const ConfigDetails& config)
         return 1;
     }
     if (!fileExists(path)) {
-        std::fprintf(stderr, "D [CVL] File not found! ('%s')\n", path.c_str());
+        traceF("D [CVL] File not found! ('%s')\n", path.c_str());
         return 2;
     }
     const std::unique_ptr<CertMgr> client = CertMgr::create(config.usbPath);
     const int result = !client ? -1 : installCA ? client->installCACert(path) : client->installSignedCert(path);
     if (result != 0) {
-        std::fprintf(stderr, "D [CVL] Error installing CA/Signed Certificate!\n");
+        traceF("D [CVL] Error installing CA/Signed Certificate!\n");
         return 1;
     }
-    std::fprintf(stderr, "D [CVL] CA/Signed Certificate successfully installed!\n");
+    traceF("D [CVL] CA/Signed Certificate successfully installed!\n");
     return 0;
 }

@@ -4,7 +4,7 @@
 
 #include <string>
 
-#include "app/ConfigDetails.h"
+#include "npa/ConfigDetails.h"
 
 class CertProc {
 public:

@@ -7,6 +7,7 @@
 #include <iterator>
 #include <string>
 
+#include "common/Console.h"
 #include "npa/NpaFrame.h"
 
 namespace certreq {
@@ -93,7 +94,7 @@ bool formatRequest(char* buffer, size_t capacity, const char* method, const char
     va_end(values);
     if (length < 0 || static_cast<size_t>(length) >= capacity) {
         std::memset(buffer, 0, capacity);
-        std::fprintf(stderr, "D [CVL] The %s request does not fit its %zu-byte buffer!\n", method, capacity);
+        traceF("D [CVL] The %s request does not fit its %zu-byte buffer!\n", method, capacity);
         return false;
     }
     return true;

@@ -8,6 +8,7 @@
 #include <cstring>
 
 #include "cert/CertMgr.h"
+#include "common/Console.h"
 
 namespace {
 
@@ -48,12 +49,12 @@ bool readTime(const ASN1_TIME* time, CertDate& date)
 int readSubject(BIO* bio, const std::string& path, std::string& commonName, std::string& caName)
 {
     if (bio == nullptr || BIO_read_filename(bio, path.c_str()) <= 0) {
-        std::fprintf(stderr, "D [CVL] Failed to read Pem file '%s'?!\n", path.c_str());
+        traceF("D [CVL] Failed to read Pem file '%s'?!\n", path.c_str());
         return -1;
     }
     X509* certificate = PEM_read_bio_X509_AUX(bio, nullptr, nullptr, nullptr);
     if (certificate == nullptr) {
-        std::fprintf(stderr, "D [CVL] PEM_read failed?!\n");
+        traceF("D [CVL] PEM_read failed?!\n");
         return -1;
     }
     int result = -1;

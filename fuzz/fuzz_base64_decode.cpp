@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "cert/Base64.h"
+#include "common/Base64.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
 {

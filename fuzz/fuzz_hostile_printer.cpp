@@ -27,6 +27,7 @@
 
 #include "app/Application.h"
 #include "tests/support/FakeClock.h"
+#include "transport/ConnectorFactory.h"
 #include "transport/HCUSBTransport.h"
 
 namespace {
@@ -188,6 +189,17 @@ private:
     }
 };
 
+// Every path reaches the hostile printer; the connector opens as its script says.
+class HostileConnectorFactory : public ConnectorFactory {
+public:
+    std::unique_ptr<HCIOConnector> connect(const char*, bool& opened) override
+    {
+        auto connector = std::make_unique<HostileConnector>();
+        opened = connector->open() == 0;
+        return connector;
+    }
+};
+
 // One command line and the exit statuses its mode documents.
 struct Run {
     std::vector<std::string> args;
@@ -285,9 +297,9 @@ extern "C" int LLVMFuzzerInitialize(int*, char***)
     const int devNull = ::open("/dev/null", O_RDONLY);
     if (devNull < 0 || dup2(devNull, STDIN_FILENO) < 0) std::abort();
     ::close(devNull);
-    HCUSBTransport::setConnectorFactory(
-        [](const char*) -> std::unique_ptr<HCIOConnector> { return std::make_unique<HostileConnector>(); });
-    setClock(&fakeClock);
+    static HostileConnectorFactory factory;
+    static Seam<ConnectorFactory>::Override installedFactory(factory);
+    static Seam<Clock>::Override installedClock(fakeClock);
     return 0;
 }
 

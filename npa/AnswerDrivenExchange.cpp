@@ -13,8 +13,6 @@ namespace npa {
 
 namespace {
 
-const AnswerDrivenTiming* installedTiming = nullptr;
-
 // Bytes taken from the transport per read.
 constexpr int32_t kReadPiece = 4096;
 
@@ -32,24 +30,27 @@ ExchangeReport::Outcome outcomeOf(IoEnd end)
 
 }  // namespace
 
-void setAnswerDrivenTiming(const AnswerDrivenTiming* timing) { installedTiming = timing; }
-
-const AnswerDrivenTiming* answerDrivenTiming() { return installedTiming; }
-
 }  // namespace npa
+
+template <>
+npa::AnswerDrivenTiming& Seam<npa::AnswerDrivenTiming>::systemDefault()
+{
+    static npa::AnswerDrivenTiming fixedWaits;
+    return fixedWaits;
+}
 
 using npa::ExchangeReport;
 
 const ExchangeReport& NPAChannel::answerDriven(const uint8_t* request, int32_t length, bool slow,
                                                const npa::AnswerAssembler::WholeTest& alsoWhole)
 {
-    const npa::AnswerDrivenTiming& timing = *npa::answerDrivenTiming();
+    const npa::AnswerDrivenTiming& timing = Seam<npa::AnswerDrivenTiming>::get();
     ExchangeReport& report = m_LastReport;
     report = ExchangeReport{};
     report.path = devicePath;
     report.request.assign(request, request + (length > 0 ? length : 0));
     report.deadlineMs = slow ? timing.slowDeadlineMs : timing.deadlineMs;
-    const long long started = currentClock().monotonicMs();
+    const long long started = Seam<Clock>::get().monotonicMs();
     const Deadline deadline(report.deadlineMs);
 
     npa::AnswerAssembler assembler(alsoWhole);
@@ -76,7 +77,7 @@ const ExchangeReport& NPAChannel::answerDriven(const uint8_t* request, int32_t l
     }
     report.received = assembler.received();
     report.content = assembler.content();
-    report.elapsedMs = currentClock().monotonicMs() - started;
+    report.elapsedMs = Seam<Clock>::get().monotonicMs() - started;
     if (timing.observer != nullptr) {
         timing.observer->exchanged(report);
     }

@@ -2,6 +2,7 @@
 // and the progress the default run shows the user.
 #include <cstdio>
 
+#include "common/Console.h"
 #include "npa/NpaFrame.h"
 #include "npa/WirelessConfigurator.h"
 #include "transport/HexDump.h"
@@ -18,7 +19,7 @@ int WirelessConfigurator::sendSettingsRequest(bool dumpRequest)
     const std::vector<uint8_t> request = prepare(npa::settingsRequest(items));
     if (request.size() > kLargestRequest) {
         // The length field could not describe it; the printer would misread it.
-        std::fprintf(stderr, "D [CVL] Settings request too long (%d bytes)!\n", static_cast<int>(request.size()));
+        traceF("D [CVL] Settings request too long (%d bytes)!\n", static_cast<int>(request.size()));
         return -1;
     }
     if (dumpRequest) {
@@ -44,12 +45,12 @@ void WirelessConfigurator::addWEPItems()
 
 int WirelessConfigurator::basicConfig()
 {
-    std::fprintf(stderr, "D [CVL] Basic config...\n");
+    traceF("D [CVL] Basic config...\n");
     items.clear();
     addNetworkItems();
     addPassword();
     const int result = sendSettingsRequest(false);
-    std::fprintf(stderr, "D [CVL] Basic config ret = %d\n", result);
+    traceF("D [CVL] Basic config ret = %d\n", result);
     return result;
 }
 
@@ -65,19 +66,19 @@ int WirelessConfigurator::sendWPASettings()
 
 int WirelessConfigurator::configureWPAEnterprise()
 {
-    std::fprintf(stderr, "D [CVL] Configuring WPA Enterprise...\n");
+    traceF("D [CVL] Configuring WPA Enterprise...\n");
     return sendWPASettings();
 }
 
 int WirelessConfigurator::configureWPAPersonal()
 {
-    std::fprintf(stderr, "D [CVL] Configuring WPA Personal...\n");
+    traceF("D [CVL] Configuring WPA Personal...\n");
     return sendWPASettings();
 }
 
 int WirelessConfigurator::configureOpen()
 {
-    std::fprintf(stderr, "D [CVL] Configuring Open Mode...\n");
+    traceF("D [CVL] Configuring Open Mode...\n");
     items.clear();
     if (config.encryption == "WEP") {  // open WEP carries its keys, plain open none
         addWEPItems();
@@ -88,7 +89,7 @@ int WirelessConfigurator::configureOpen()
 
 int WirelessConfigurator::configureShared()
 {
-    std::fprintf(stderr, "D [CVL] Configuring Shared Mode...\n");
+    traceF("D [CVL] Configuring Shared Mode...\n");
     items.clear();
     addWEPItems();
     addNetworkItems();
@@ -97,8 +98,8 @@ int WirelessConfigurator::configureShared()
 
 int WirelessConfigurator::advancedConfig()
 {
-    std::fprintf(stderr, "D [CVL] Advanced config...\n");
-    std::fprintf(stderr, "D [CVL] Master security = '%s'\n", config.security.c_str());
+    traceF("D [CVL] Advanced config...\n");
+    traceF("D [CVL] Master security = '%s'\n", config.security.c_str());
 
     struct Choice {
         const char* security;
@@ -115,7 +116,7 @@ int WirelessConfigurator::advancedConfig()
     for (const Choice& choice : kChoices) {
         if (config.security == choice.security) {
             const int result = (this->*choice.sequence)();
-            std::fprintf(stderr, choice.resultLine, result);
+            traceF(choice.resultLine, result);
             return result;
         }
     }
@@ -130,19 +131,19 @@ int WirelessConfigurator::configurePrinter()
     addPassword();
     const std::vector<uint8_t> request = prepare(npa::settingsRequest(items));
     for (uint8_t byte : request) {
-        std::fprintf(stderr, "%x ", byte);
+        traceF("%x ", byte);
     }
 
-    std::printf("Configuring the printer....\n");
-    std::printf("Resetting the printer....\n");
-    std::printf("Connecting to wireless network....");
+    userF("Configuring the printer....\n");
+    userF("Resetting the printer....\n");
+    userF("Connecting to wireless network....");
     if (basicConfig() == -1) {
         setPassThrough(false);
         basicConfig();
     }
     waitForConnection();
-    std::printf("Acquiring network address....\n");
-    std::printf("IP-ADDRESS : ");
+    userF("Acquiring network address....\n");
+    userF("IP-ADDRESS : ");
     getIPAddress();
     return static_cast<int>(request.size());
 }

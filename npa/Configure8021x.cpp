@@ -3,13 +3,13 @@
 // items, and in every case a report of the printer's 802.1x state.
 #include <cstdio>
 
-#include "cert/CertMgr.h"
+#include "common/Console.h"
 #include "npa/NpaFrame.h"
 #include "npa/WirelessConfigurator.h"
 
 int WirelessConfigurator::configure8021x()
 {
-    std::fprintf(stderr, "D [CVL] Configuring for 8021x...\n");
+    traceF("D [CVL] Configuring for 8021x...\n");
     int result = set8021xOptions();
     if (result == 0) {
         items.clear();
@@ -25,7 +25,7 @@ int WirelessConfigurator::configure8021x()
 
 int WirelessConfigurator::set8021xOptions()
 {
-    std::fprintf(stderr, "D [CVL] Setting 8021x Options...\n");
+    traceF("D [CVL] Setting 8021x Options...\n");
     items.clear();
     addEncryption();
     addAuthExtensions();
@@ -38,25 +38,15 @@ int WirelessConfigurator::set8021xOptions()
         addWEPTransmitKey();
     }
     const int result = sendSettingsRequest(true);
-    std::fprintf(stderr, "D [CVL] Setting 802.1x ret = %d\n", result);
+    traceF("D [CVL] Setting 802.1x ret = %d\n", result);
     return result;
 }
 
 void WirelessConfigurator::addValidateCertificate()
 {
     // The printer should validate the server's certificate when it holds
-    // certificates of its own: two or more friendly names, or a CA. A list
-    // that cannot be read counts as empty.
-    uint8_t validate = 0;
-    if (const std::unique_ptr<CertMgr> client = CertMgr::create(npaChannel->duplicate())) {
-        std::vector<std::string> names;
-        if (client->getFriendlyNameList(names) == 0 && names.size() > 1) {
-            validate = 1;
-        } else {
-            names.clear();
-            validate = client->getCACommonNameList(names) == 0 && !names.empty() ? 1 : 0;
-        }
-    }
-    std::fprintf(stderr, "D [CVL] Validate certificate? %d\n", validate);
+    // certificates of its own.
+    const uint8_t validate = certificates.holdsOwnCertificates(*npaChannel) ? 1 : 0;
+    traceF("D [CVL] Validate certificate? %d\n", validate);
     npa::appendFlagItem(items, npa::kValidateCertificate, validate);
 }

@@ -6,6 +6,8 @@
 #include <string>
 #include <vector>
 
+#include "common/Seam.h"
+
 namespace npa {
 
 struct ExchangeReport {
@@ -36,17 +38,18 @@ public:
     virtual void exchanged(const ExchangeReport& report) = 0;
 };
 
-// The deadlines of answer-driven exchanges: a front end that sets them makes
-// every exchange of the process answer-driven; without them the channel keeps
-// its fixed waits.
+// How the channel waits for answers, reached as Seam<AnswerDrivenTiming>:
+// the system default keeps the fixed waits; a front end that installs one
+// with `enabled` makes every exchange of the process answer-driven.
 struct AnswerDrivenTiming {
+    bool enabled = false;
     long long deadlineMs = 5000;
     long long slowDeadlineMs = 15000;  // key generation and export
     ExchangeObserver* observer = nullptr;
 };
 
-// Installs `timing` (not owned) for the whole process; nullptr restores the fixed waits.
-void setAnswerDrivenTiming(const AnswerDrivenTiming* timing);
-const AnswerDrivenTiming* answerDrivenTiming();
-
 }  // namespace npa
+
+// The fixed waits.
+template <>
+npa::AnswerDrivenTiming& Seam<npa::AnswerDrivenTiming>::systemDefault();

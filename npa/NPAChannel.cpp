@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cstdio>
 
+#include "common/Console.h"
 #include "npa/ByteOrder.h"
 #include "npa/NpaFrame.h"
 #include "transport/Clock.h"
@@ -72,20 +73,20 @@ int32_t NPAChannel::exchangeNPA(const uint8_t* request, int32_t length, std::vec
                                 int timeLimitSeconds, const npa::AnswerAssembler::WholeTest& alsoWhole)
 {
     answer.clear();
-    if (npa::answerDrivenTiming() != nullptr) {
+    if (Seam<npa::AnswerDrivenTiming>::get().enabled) {
         // Exchanges allowed more than the usual limit are the slow ones.
         answer = answerDriven(request, length, timeLimitSeconds > kUsualTimeLimitSeconds, alsoWhole).content;
         return static_cast<int32_t>(answer.size());
     }
     if (transport.open(devicePath.c_str()) != 0) {
         if (!transport.deviceGone()) {  // a printer gone was reported once already
-            std::fprintf(stderr, "D [CVL] Failed to open usb device '%s'!\n", devicePath.c_str());
+            traceF("D [CVL] Failed to open usb device '%s'!\n", devicePath.c_str());
         }
         return 0;
     }
     transport.write(request, length);
 
-    Clock& clock = currentClock();
+    Clock& clock = Seam<Clock>::get();
     clock.sleep(kExchangeWaitSeconds);
     const std::time_t start = clock.now();
 
@@ -103,7 +104,7 @@ bool NPAChannel::deviceGone() const { return transport.deviceGone(); }
 
 int NPAChannel::sendSettings(const uint8_t* request, int32_t length)
 {
-    if (npa::answerDrivenTiming() != nullptr) {
+    if (Seam<npa::AnswerDrivenTiming>::get().enabled) {
         const npa::ExchangeReport& report = answerDriven(request, length, false, nullptr);
         if (report.outcome != npa::ExchangeReport::Outcome::Answered || report.content.empty()) {
             return -1;
@@ -116,7 +117,7 @@ int NPAChannel::sendSettings(const uint8_t* request, int32_t length)
         return -1;
     }
     transport.write(request, length);
-    currentClock().sleep(kSettingsWaitSeconds);
+    Seam<Clock>::get().sleep(kSettingsWaitSeconds);
     const int32_t got = boundedCount(transport.read(answer.data(), kSettingsAnswerSize), kSettingsAnswerSize);
     transport.close();
 
@@ -135,7 +136,7 @@ int32_t NPAChannel::readOnce(const uint8_t* request, int32_t length, std::vector
     }
     transport.write(request, length);
     if (waitSeconds > 0) {
-        currentClock().sleep(waitSeconds);
+        Seam<Clock>::get().sleep(waitSeconds);
     }
     const int32_t size = static_cast<int32_t>(buffer.size());
     const int32_t got = boundedCount(transport.read(buffer.data(), size), size);

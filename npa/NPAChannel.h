@@ -77,7 +77,7 @@ private:
     // Returns the byte count read into `buffer` (0 to buffer.size()).
     int32_t readOnce(const uint8_t* request, int32_t length, std::vector<uint8_t>& buffer, unsigned waitSeconds);
 
-    // One answer-driven exchange (npa::answerDrivenTiming() is set): open,
+    // One answer-driven exchange (Seam<npa::AnswerDrivenTiming> enabled): open,
     // write whole, read until the answer is whole or the deadline passes, close.
     const npa::ExchangeReport& answerDriven(const uint8_t* request, int32_t length, bool slow,
                                             const npa::AnswerAssembler::WholeTest& alsoWhole);

@@ -2,6 +2,7 @@
 // answer shows the awaited state, the printer refuses, or the attempts run out.
 #include <cstdio>
 
+#include "common/Console.h"
 #include "npa/NPAChannel.h"
 #include "npa/NpaFrame.h"
 #include "transport/Clock.h"
@@ -47,7 +48,7 @@ NPAChannel::PollOutcome NPAChannel::poll(const uint8_t* request, int32_t length,
     got = 0;
     for (int attempt = 0; attempt < rule.attempts && !deviceGone(); ++attempt) {
         if (attempt > 0 && rule.pauseBetween > 0) {
-            currentClock().sleep(rule.pauseBetween);
+            Seam<Clock>::get().sleep(rule.pauseBetween);
         }
         got = readOnce(request, length, answer, rule.waitAfterWrite);
         if (rule.canRefuse && npa::isRefused(answer.data(), static_cast<size_t>(got))) {
@@ -104,7 +105,7 @@ int NPAChannel::pollAddress(const uint8_t* request, int32_t length)
     case PollOutcome::Refused: return -1;
     case PollOutcome::Success: {
         const uint8_t* address = answer.data() + (got - 4);
-        std::printf("%d.%d.%d.%d\n", address[0], address[1], address[2], address[3]);
+        userF("%d.%d.%d.%d\n", address[0], address[1], address[2], address[3]);
         return 0;
     }
     case PollOutcome::OutOfAttempts: break;
@@ -127,7 +128,7 @@ int NPAChannel::pollText(const uint8_t* request, int32_t length)
         while (textLength < available && text[textLength] != '\0') {
             ++textLength;
         }
-        std::printf("%.*s\n", static_cast<int>(textLength), text);
+        userF("%.*s\n", static_cast<int>(textLength), text);
         return 0;
     }
     case PollOutcome::OutOfAttempts: break;

@@ -192,3 +192,19 @@ std::string promptForPassword(int inputFd, std::FILE* output)
     writeAndFlush(output, "\n\n");
     return password;
 }
+
+namespace {
+
+class TerminalPasswordSource : public PasswordSource {
+public:
+    std::string password() override { return promptForPassword(); }
+};
+
+}  // namespace
+
+template <>
+PasswordSource& Seam<PasswordSource>::systemDefault()
+{
+    static TerminalPasswordSource source;
+    return source;
+}

@@ -4,6 +4,20 @@
 #include <cstdio>
 #include <string>
 
+#include "common/Seam.h"
+
+// Where the network password comes from when the record has none. Reached as
+// Seam<PasswordSource>: the system's asks the user on the terminal
+// (promptForPassword()).
+class PasswordSource {
+public:
+    virtual ~PasswordSource() = default;
+    virtual std::string password() = 0;
+};
+
+template <>
+PasswordSource& Seam<PasswordSource>::systemDefault();
+
 // Writes "Please provide the password:" to standard output, reads one line from
 // standard input without echo, then writes two line ends. Returns the line
 // without its newline.

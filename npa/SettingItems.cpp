@@ -4,8 +4,10 @@
 #include <cstdlib>
 #include <string>
 
+#include "common/Console.h"
 #include "common/LeadingNumber.h"
 #include "npa/NpaFrame.h"
+#include "npa/PasswordPrompt.h"
 #include "npa/WirelessConfigurator.h"
 
 namespace {
@@ -104,7 +106,7 @@ bool anyPartContains(const std::string& extensions, const char* name)
 
 void WirelessConfigurator::addMode()
 {
-    std::fprintf(stderr, "D [CVL] Mode = '%s'\n", config.mode.c_str());
+    traceF("D [CVL] Mode = '%s'\n", config.mode.c_str());
     if (!config.mode.empty()) {
         npa::appendNumericItem(items, npa::kMode, config.mode == "Ad-Hoc" ? 1 : 0);
     }
@@ -118,7 +120,7 @@ void WirelessConfigurator::addChannel()
 
 void WirelessConfigurator::addSSID()
 {
-    std::fprintf(stderr, "D [CVL] SSID = %s\n", config.ssid.c_str());
+    traceF("D [CVL] SSID = %s\n", config.ssid.c_str());
     if (!config.ssid.empty()) {
         npa::appendTextItem(items, npa::kSSID, config.ssid, kNoLimit, true);
     }
@@ -132,7 +134,7 @@ void WirelessConfigurator::addPassword()
     std::string password = config.passwd;
     if (password.empty()) {
         std::fflush(stdout);  // earlier output must appear before the prompt
-        password = passwordSource ? passwordSource() : std::string();
+        password = Seam<PasswordSource>::get().password();
     }
     const npa::Key key = config.security == "WEP" ? npa::kWEPKey1 : npa::kPassphrase;
     npa::appendTextItem(items, key, password, kNoLimit, true);
@@ -142,7 +144,7 @@ void WirelessConfigurator::addWEPKeys()
 {
     for (int keyNumber = 1; keyNumber <= 4; ++keyNumber) {
         const std::string& key = config.wepKey[keyNumber - 1];
-        std::fprintf(stderr, "D [CVL] WEP Key %d = '%s' (%d bytes)\n", keyNumber, key.c_str(), length(key));
+        traceF("D [CVL] WEP Key %d = '%s' (%d bytes)\n", keyNumber, key.c_str(), length(key));
         // Keys 1 to 4 sit in the odd fields 09, 0B, 0D, 0F.
         const npa::Key field{npa::kWEPKey1.group, static_cast<uint8_t>(npa::kWEPKey1.field + 2 * (keyNumber - 1))};
         npa::appendTextItem(items, field, key, kWEPKeyMaxLength, false);
@@ -151,24 +153,24 @@ void WirelessConfigurator::addWEPKeys()
 
 void WirelessConfigurator::addPSK()
 {
-    std::fprintf(stderr, "D [CVL] PSK (Pre-shared key) = %s (%d bytes)\n", config.psk.c_str(), length(config.psk));
+    traceF("D [CVL] PSK (Pre-shared key) = %s (%d bytes)\n", config.psk.c_str(), length(config.psk));
     npa::appendTextItem(items, npa::kPassphrase, config.psk, kPSKMaxLength, false);
 }
 
 void WirelessConfigurator::addWEPTransmitKey()
 {
-    std::fprintf(stderr, "D [CVL] WEP Transmit key = %s\n", config.wepTransmit.c_str());
+    traceF("D [CVL] WEP Transmit key = %s\n", config.wepTransmit.c_str());
     const std::string key = config.wepTransmit.empty() ? "1" : config.wepTransmit;
     npa::appendNumericItem(items, npa::kWEPTransmitKey, readLeadingNumber(key).lowByte);
 }
 
 void WirelessConfigurator::addSecurity()
 {
-    std::fprintf(stderr, "D [CVL] Security = '%s'\n", config.security.c_str());
+    traceF("D [CVL] Security = '%s'\n", config.security.c_str());
     const std::string security = config.security.empty() ? "None" : config.security;
     const SecurityChoice choice = securityChoice(security, config.encryption);
-    std::fprintf(stderr, "D [CVL] Security mode: %d (%s)\n", static_cast<int>(choice.value), choice.name);
-    std::printf("npa data going: %x", choice.value);
+    traceF("D [CVL] Security mode: %d (%s)\n", static_cast<int>(choice.value), choice.name);
+    userF("npa data going: %x", choice.value);
     npa::appendNumericItem(items, npa::kSecurity, choice.value);
 }
 
@@ -186,13 +188,13 @@ void WirelessConfigurator::addWEPAuthMode()
         }
     }
     static const char* const kModeNames[] = {"Auto", "Open", "Shared"};
-    std::fprintf(stderr, "D [CVL] WEP auth mode: %d (%s)\n", static_cast<int>(mode), kModeNames[mode]);
+    traceF("D [CVL] WEP auth mode: %d (%s)\n", static_cast<int>(mode), kModeNames[mode]);
     npa::appendNumericItem(items, npa::kWEPAuthMode, mode);
 }
 
 void WirelessConfigurator::addEncryption()
 {
-    std::fprintf(stderr, "D [CVL] Encryption (advanced) = %s\n", config.encryption.c_str());
+    traceF("D [CVL] Encryption (advanced) = %s\n", config.encryption.c_str());
     if (!config.encryption.empty()) {
         npa::appendNumericItem(items, npa::kEncryption, encryptionValue(config.encryption));
     }
@@ -200,7 +202,7 @@ void WirelessConfigurator::addEncryption()
 
 void WirelessConfigurator::add8021xUser()
 {
-    std::fprintf(stderr, "D [CVL] 802.1x User = %s (%d bytes)\n", config.user8021x.c_str(), length(config.user8021x));
+    traceF("D [CVL] 802.1x User = %s (%d bytes)\n", config.user8021x.c_str(), length(config.user8021x));
     if (!config.user8021x.empty()) {
         npa::appendTextItem(items, npa::k8021xUser, config.user8021x, k8021xUserMaxValue, true);
     }
@@ -208,7 +210,7 @@ void WirelessConfigurator::add8021xUser()
 
 void WirelessConfigurator::add8021xPassword()
 {
-    std::fprintf(stderr, "D [CVL] 802.1x password = %s (%d bytes)\n", config.pwd8021x.c_str(), length(config.pwd8021x));
+    traceF("D [CVL] 802.1x password = %s (%d bytes)\n", config.pwd8021x.c_str(), length(config.pwd8021x));
     if (!config.pwd8021x.empty()) {
         npa::appendTextItem(items, npa::k8021xPassword, config.pwd8021x, k8021xPasswordMaxValue, true);
     }
@@ -216,7 +218,7 @@ void WirelessConfigurator::add8021xPassword()
 
 void WirelessConfigurator::addAuthExtensions()
 {
-    std::fprintf(stderr, "D [CVL] 802.1x Auth Extension = %s\n", config.authExt.c_str());
+    traceF("D [CVL] 802.1x Auth Extension = %s\n", config.authExt.c_str());
     static const char* const kExtensionNames[] = {"EAP-MD5", "MSCHAPv2", "LEAP", "PEAP", "EAP-TLS", "EAP-TTLS"};
     npa::Key key = npa::kAuthExtensions;
     for (const char* name : kExtensionNames) {
@@ -227,7 +229,7 @@ void WirelessConfigurator::addAuthExtensions()
 
 void WirelessConfigurator::addInnerAuth()
 {
-    std::fprintf(stderr, "D [CVL] 802.1x Inner Auth = %s\n", config.authInner.c_str());
+    traceF("D [CVL] 802.1x Inner Auth = %s\n", config.authInner.c_str());
     if (!config.authInner.empty()) {
         npa::appendNumericItem(items, npa::kInnerAuth, innerAuthValue(config.authInner));
     }

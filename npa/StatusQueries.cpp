@@ -3,6 +3,7 @@
 #include <cstdio>
 #include <string>
 
+#include "common/Console.h"
 #include "npa/FieldReading.h"
 #include "npa/NpaFrame.h"
 #include "npa/WirelessConfigurator.h"
@@ -19,7 +20,7 @@ int32_t WirelessConfigurator::exchangeRead(const char* traceLabel, npa::Key key,
     const std::vector<uint8_t> request = prepare(npa::readRequest(key));
     const int32_t count =
         npaChannel->exchangeNPA(request.data(), static_cast<int32_t>(request.size()), answer, kQueryTimeLimitSeconds);
-    std::fprintf(stderr, "D [CVL] %s (%d bytes)\n", traceLabel, count);
+    traceF("D [CVL] %s (%d bytes)\n", traceLabel, count);
     hexDump(answer.data(), count);
     return count;
 }
@@ -56,7 +57,7 @@ int WirelessConfigurator::resetPrinter()
 
 int WirelessConfigurator::queryAuthStatus()
 {
-    std::fprintf(stderr, "D [CVL] 802.1x Authentication status...\n");
+    traceF("D [CVL] 802.1x Authentication status...\n");
     std::vector<uint8_t> answer;
     exchangeRead("Auth status response", npa::kAuthStatus, answer);
     const npa::ValueSpan value = npa::findReadValue(answer, npa::kAuthStatus);
@@ -64,15 +65,15 @@ int WirelessConfigurator::queryAuthStatus()
         return -1;  // no status byte to report
     }
     const int status = answer[value.offset];
-    std::fprintf(stderr, "D [CVL] Status: %d (%s)\n", status, npa::authStatusName(status));
+    traceF("D [CVL] Status: %d (%s)\n", status, npa::authStatusName(status));
     return status;
 }
 
 int WirelessConfigurator::queryCertSettings()
 {
-    std::fprintf(stderr, "D [CVL] Certifcate settings...\n");
+    traceF("D [CVL] Certifcate settings...\n");
 
-    std::fprintf(stderr, "D [CVL] Cert Organization...\n");
+    traceF("D [CVL] Cert Organization...\n");
     std::vector<uint8_t> answer;
     exchangeRead("Cert org", npa::kCertOrganization, answer);
     const npa::ValueSpan organization = npa::findReadValue(answer, npa::kCertOrganization);
@@ -80,11 +81,10 @@ int WirelessConfigurator::queryCertSettings()
         // The text ends at its zero byte, if any, inside the value.
         const std::string text(answer.begin() + static_cast<long>(organization.offset),
                                answer.begin() + static_cast<long>(organization.offset + organization.length));
-        std::fprintf(stderr, "D [CVL] Organization (%d bytes): %s\n", static_cast<int>(organization.length),
-                     text.c_str());
+        traceF("D [CVL] Organization (%d bytes): %s\n", static_cast<int>(organization.length), text.c_str());
     }
 
-    std::fprintf(stderr, "D [CVL] Cert common name...\n");
+    traceF("D [CVL] Cert common name...\n");
     exchangeRead("Common name resp", npa::kCertCommonName, answer);
     return 0;
 }

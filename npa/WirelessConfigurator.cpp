@@ -3,22 +3,16 @@
 
 #include <cstdio>
 
-#include "npa/PasswordPrompt.h"
+#include "common/Console.h"
 #include "transport/HexDump.h"
 
-WirelessConfigurator::WirelessConfigurator(ConfigDetails& details)
-    : WirelessConfigurator(details, std::make_unique<NPAChannel>(details.usbPath))
-{}
-
-WirelessConfigurator::WirelessConfigurator(ConfigDetails& details, std::unique_ptr<NPAChannel> channel)
-    : config(details), npaChannel(std::move(channel)), passwordSource([] { return promptForPassword(); })
+WirelessConfigurator::WirelessConfigurator(ConfigDetails& details, CertificateInventory& inventory)
+    : config(details), certificates(inventory), npaChannel(std::make_unique<NPAChannel>(details.usbPath))
 {}
 
 WirelessConfigurator::~WirelessConfigurator() = default;
 
 void WirelessConfigurator::setPassThrough(bool enabled) { passThrough = enabled; }
-
-void WirelessConfigurator::setPasswordSource(PasswordSource source) { passwordSource = std::move(source); }
 
 std::vector<uint8_t> WirelessConfigurator::prepare(const std::vector<uint8_t>& request) const
 {
@@ -34,7 +28,7 @@ int WirelessConfigurator::sendNPA(const uint8_t* bytes, int32_t length, int time
     }
     std::vector<uint8_t> answer;
     const int32_t count = npaChannel->exchangeNPA(bytes, length, answer, timeLimitSeconds);
-    std::fprintf(stderr, "D [CVL] sendNPA response (%d bytes)\n", count);
+    traceF("D [CVL] sendNPA response (%d bytes)\n", count);
     hexDump(answer.data(), count);
     return 0;
 }

@@ -4,19 +4,19 @@
 #pragma once
 
 #include <cstdint>
-#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
 
-#include "app/ConfigDetails.h"
+#include "npa/CertificateInventory.h"
+#include "npa/ConfigDetails.h"
 #include "npa/NPAChannel.h"
 #include "npa/NpaFrame.h"
 
 class WirelessConfigurator {
 public:
-    explicit WirelessConfigurator(ConfigDetails& config);
-    WirelessConfigurator(ConfigDetails& config, std::unique_ptr<NPAChannel> channel);  // tests
+    // `certificates` (not owned) decides the 802.1x validate-certificate flag.
+    WirelessConfigurator(ConfigDetails& config, CertificateInventory& certificates);
     ~WirelessConfigurator();
 
     WirelessConfigurator(const WirelessConfigurator&) = delete;
@@ -24,11 +24,6 @@ public:
 
     // true: every request goes out inside a pass-through envelope; false: plain.
     void setPassThrough(bool passThrough);
-
-    // Where the network password comes from when the record has none; the
-    // default asks the user on the terminal.
-    using PasswordSource = std::function<std::string()>;
-    void setPasswordSource(PasswordSource source);
 
     // Configuration sequences: -1 refused or no answer, 0 accepted, 1 otherwise.
     int basicConfig();
@@ -73,8 +68,7 @@ private:
     void add8021xPassword();
     void addAuthExtensions();
     void addInnerAuth();
-    // Asks the printer's certificate manager which certificates it holds and
-    // appends the validate-certificate flag.
+    // Asks the certificate inventory and appends the validate-certificate flag.
     void addValidateCertificate();
 
     // Mode, security, channel and SSID, in this order.
@@ -91,7 +85,7 @@ private:
 
     std::vector<uint8_t> items;  // of the settings request under construction
     ConfigDetails& config;
+    CertificateInventory& certificates;
     std::unique_ptr<NPAChannel> npaChannel;
     bool passThrough = true;
-    PasswordSource passwordSource;
 };

@@ -1,4 +1,4 @@
-// The system clock and the process-wide clock in force.
+// The system clock.
 #include "transport/Clock.h"
 
 #include <unistd.h>
@@ -19,11 +19,11 @@ public:
     }
 };
 
-SystemClock systemClock;
-Clock* installedClock = nullptr;
-
 }  // namespace
 
-Clock& currentClock() { return installedClock != nullptr ? *installedClock : systemClock; }
-
-void setClock(Clock* clock) { installedClock = clock; }
+template <>
+Clock& Seam<Clock>::systemDefault()
+{
+    static SystemClock clock;
+    return clock;
+}

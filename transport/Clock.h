@@ -1,8 +1,11 @@
-// The one seam through which the utility reads the time and sleeps, so that
-// tests can run the protocol's fixed waits without waiting for them.
+// The clock through which the core reads the time and sleeps, so that tests
+// can run the protocol's fixed waits without waiting for them. Reached as
+// Seam<Clock>::get(): the system clock unless a test installed another.
 #pragma once
 
 #include <ctime>
+
+#include "common/Seam.h"
 
 class Clock {
 public:
@@ -19,9 +22,6 @@ public:
     virtual long long monotonicMs() = 0;
 };
 
-// The clock in force: the system clock unless a test installed another.
-Clock& currentClock();
-
-// Installs `clock` (not owned) for the whole process; nullptr restores the
-// system clock.
-void setClock(Clock* clock);
+// Real time and real sleeps.
+template <>
+Clock& Seam<Clock>::systemDefault();

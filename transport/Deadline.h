@@ -6,11 +6,11 @@
 class Deadline {
 public:
     // `milliseconds` from now.
-    explicit Deadline(long long milliseconds) : m_End(currentClock().monotonicMs() + milliseconds) {}
+    explicit Deadline(long long milliseconds) : m_End(Seam<Clock>::get().monotonicMs() + milliseconds) {}
 
     long long remainingMs() const
     {
-        const long long left = m_End - currentClock().monotonicMs();
+        const long long left = m_End - Seam<Clock>::get().monotonicMs();
         return left > 0 ? left : 0;
     }
     bool passed() const { return remainingMs() == 0; }

@@ -6,51 +6,20 @@
 #include <cstdio>
 #include <cstring>
 
+#include "common/Console.h"
 #include "transport/Clock.h"
-#include "transport/LibUsbConnector.h"
-#include "transport/USBLPConnector.h"
-#include "transport/UsbPath.h"
+#include "transport/ConnectorFactory.h"
 
 HCUSBTransport* HCUSBTransport::m_Instance = nullptr;
 uint32_t HCUSBTransport::m_RefCount = 0;
 
 namespace {
 
-constexpr uint8_t kPrinterInterfaceClass = 7;
 // Each wait for answer bytes: one millisecond on the device node (whose limit is
 // in microseconds), one second on libusb (whose limit is in milliseconds).
 constexpr int32_t kReadableWaitLimit = 1000;
 // The answer is complete once the printer has sent nothing for more than this.
 constexpr std::time_t kQuietSeconds = 4;
-
-HCUSBTransport::ConnectorFactory& connectorFactory()
-{
-    static HCUSBTransport::ConnectorFactory factory;
-    return factory;
-}
-
-// Creates and opens the connector that `path` names; null for a path of
-// neither shape. `opened` tells whether the connector's open succeeded.
-std::unique_ptr<HCIOConnector> openConnectorFor(const char* path, bool& opened)
-{
-    opened = false;
-    const UsbPath parsed = parseUsbPath(path);
-    switch (parsed.shape) {
-    case UsbPath::Shape::DeviceNode: {
-        // Always the standard node, whatever else the given path says.
-        auto connector = std::make_unique<USBLPConnector>("/dev/usb/lp", parsed.deviceNumber);
-        opened = connector->open() == 0;
-        return connector;
-    }
-    case UsbPath::Shape::BusDevice: {
-        auto connector = std::make_unique<LibUsbConnector>(kPrinterInterfaceClass);
-        opened = connector->openDevice(parsed.bus, parsed.device) == 0;
-        return connector;
-    }
-    case UsbPath::Shape::Invalid: break;
-    }
-    return nullptr;
-}
 
 }  // namespace
 
@@ -71,13 +40,11 @@ void HCUSBTransport::releaseInstance()
         return;
     }
     if (--m_RefCount == 0) {
-        std::fprintf(stderr, "D [CVL] Destroying last instance of usb transport.\n");
+        traceF("D [CVL] Destroying last instance of usb transport.\n");
         delete m_Instance;
         m_Instance = nullptr;
     }
 }
-
-void HCUSBTransport::setConnectorFactory(ConnectorFactory factory) { connectorFactory() = std::move(factory); }
 
 HCUSBTransport::~HCUSBTransport() = default;  // the connector closes itself when destroyed
 
@@ -91,18 +58,10 @@ int32_t HCUSBTransport::open(const char* usbPath)
         m_Connector->close();
         m_Connector.reset();
     }
+    // A connector whose open failed stays until the next open.
     bool opened = false;
     errno = 0;
-    // A test factory takes the path as it is, in place of reading it here.
-    if (connectorFactory()) {
-        m_Connector = connectorFactory()(usbPath);
-        opened = m_Connector && m_Connector->open() == 0;
-    } else {
-        // A connector whose open failed stays until the next open. The path
-        // choices ("/dev/usbx" and overlong bus:device texts refused) are
-        // described with parseUsbPath.
-        m_Connector = openConnectorFor(usbPath, opened);
-    }
+    m_Connector = Seam<ConnectorFactory>::get().connect(usbPath, opened);
     // The reason the node's open() failed, for front ends that explain it.
     m_LastError = opened ? 0 : (errno != 0 ? errno : ENODEV);
     return opened ? 0 : -1;
@@ -146,7 +105,7 @@ int32_t HCUSBTransport::read(uint8_t* buffer, int32_t length)
     if (got < 0 || got > length) {
         got = got < 0 ? 0 : length;
     }
-    Clock& clock = currentClock();
+    Clock& clock = Seam<Clock>::get();
     std::time_t quietSince = clock.now();
     while (got < length) {
         IoStatus status;
@@ -196,8 +155,7 @@ void HCUSBTransport::checkGone()
         return;
     }
     m_DeviceGone = true;
-    std::fprintf(stderr, "D [CVL] The printer is gone (%s): no further requests are sent.\n",
-                 std::strerror(m_Connector->getError()));
+    traceF("D [CVL] The printer is gone (%s): no further requests are sent.\n", std::strerror(m_Connector->getError()));
 }
 
 void HCUSBTransport::noop() {}

@@ -4,7 +4,6 @@
 #pragma once
 
 #include <cstdint>
-#include <functional>
 #include <memory>
 
 #include "transport/CommTransport.h"
@@ -25,12 +24,6 @@ public:
     IoEnd readSome(uint8_t* buffer, int32_t length, const Deadline& deadline, int32_t& got) override;
     int lastError() const override { return m_LastError; }
     ~HCUSBTransport() override;
-
-    // Test seam: when set, open() asks this factory for the connector of a
-    // path instead of creating a device-node or libusb connector. The factory
-    // returns the connector already opened or not; open() calls its open().
-    using ConnectorFactory = std::function<std::unique_ptr<HCIOConnector>(const char* usbPath)>;
-    static void setConnectorFactory(ConnectorFactory factory);
 
 private:
     HCUSBTransport() = default;

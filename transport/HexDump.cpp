@@ -3,8 +3,11 @@
 #include <cctype>
 #include <cstdio>
 #include <cstring>
+#include <string>
 
 #include "transport/HexDump.h"
+
+#include "common/Console.h"
 
 namespace {
 
@@ -33,13 +36,15 @@ std::string hexDumpText(const uint8_t* bytes, int32_t count)
     if (bytes == nullptr || count <= 0) {
         return text;
     }
+    static const char kDigits[] = "0123456789ABCDEF";
     const int32_t width = count < kBytesPerLine ? count : kBytesPerLine;
-    char pair[4];
     for (int32_t start = 0; start < count; start += width) {
         const int32_t n = count - start < width ? count - start : width;
         for (int32_t i = 0; i < n; ++i) {
-            std::snprintf(pair, sizeof pair, "%02X ", bytes[start + i]);
-            text += pair;
+            const uint8_t c = bytes[start + i];
+            text += kDigits[c >> 4];
+            text += kDigits[c & 0x0F];
+            text += ' ';
         }
         for (int32_t i = n; i < width; ++i) {
             text += "   ";
@@ -54,7 +59,7 @@ std::string hexDumpText(const uint8_t* bytes, int32_t count)
     return text;
 }
 
-void hexDump(const uint8_t* bytes, int32_t count) { std::fputs(hexDumpText(bytes, count).c_str(), stderr); }
+void hexDump(const uint8_t* bytes, int32_t count) { Seam<Console>::get().trace(hexDumpText(bytes, count)); }
 
 // On a character that is no hexadecimal digit the message goes to standard
 // output with the character's code (as an unsigned byte), the array is freed,
@@ -79,7 +84,7 @@ int32_t hexToBytes(const char* text, uint8_t** bytes)
         const int upper = std::toupper(static_cast<unsigned char>(text[i]));
         const int value = hexDigitValue(upper);
         if (value < 0) {
-            std::printf("not valid Hex char?! '%X'\n", static_cast<unsigned>(upper));
+            userF("not valid Hex char?! '%X'\n", static_cast<unsigned>(upper));
             delete[] converted;
             *bytes = nullptr;
             return 0;

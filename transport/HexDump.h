@@ -8,7 +8,8 @@
 // The dump as text: 16 bytes a line, hex pairs, '|', printable characters.
 std::string hexDumpText(const uint8_t* bytes, int32_t count);
 
-// Writes `count` bytes to standard error, 16 a line: hex pairs, '|', printable characters.
+// Writes `count` bytes to the console's trace (standard error), 16 a line:
+// hex pairs, '|', printable characters.
 void hexDump(const uint8_t* bytes, int32_t count);
 
 // Converts hexadecimal text into a new byte array (caller frees with delete[]).

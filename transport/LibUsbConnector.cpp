@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <cstdlib>
 
+#include "common/Console.h"
 #include "transport/Clock.h"
 #include "transport/MutexLock.h"
 
@@ -31,7 +32,8 @@ const usb_interface_descriptor* settingOfClass(const usb_interface& interface, u
 
 }  // namespace
 
-LibUsbConnector::LibUsbConnector(uint8_t interfaceClass, UsbCalls& usb) : m_Usb(usb), m_InterfaceClass(interfaceClass)
+LibUsbConnector::LibUsbConnector(uint8_t interfaceClass)
+    : m_Usb(Seam<UsbCalls>::get()), m_InterfaceClass(interfaceClass)
 {
     m_Kind = 3;
     pthread_mutex_init(&m_WriteLock, nullptr);
@@ -148,7 +150,7 @@ IoStatus LibUsbConnector::waitReadable(int32_t timeLimit)
             status = IoStatus::DataReady;
         } else if (got == 0 || got == kTimedOut) {
             status = IoStatus::TimedOut;
-            currentClock().waited(long(timeLimit) * 1000);  // lets a test clock see the time pass
+            Seam<Clock>::get().waited(long(timeLimit) * 1000);  // lets a test clock see the time pass
         } else {
             status = IoStatus::Failed;  // an error, or a packet the FIFO has no room for
         }
@@ -199,12 +201,11 @@ int32_t LibUsbConnector::write(const uint8_t* buffer, int32_t length)
         // A piece that makes no progress (time limit passed, or nothing
         // taken) is sent again, a bounded number of times in a row.
         if (sent == kTimedOut || sent == 0) {
-            if (sent == kTimedOut) currentClock().waited(long(kWriteLimitMs) * 1000);
+            if (sent == kTimedOut) Seam<Clock>::get().waited(long(kWriteLimitMs) * 1000);
             if (++fruitlessTries >= kWriteTries) {
-                std::fprintf(stderr,
-                             "D [CVL] USB write stopped: the printer took no data in %d tries of %d ms "
-                             "(%d of %d bytes written).\n",
-                             kWriteTries, kWriteLimitMs, int(length - remaining), int(length));
+                traceF("D [CVL] USB write stopped: the printer took no data in %d tries of %d ms "
+                       "(%d of %d bytes written).\n",
+                       kWriteTries, kWriteLimitMs, int(length - remaining), int(length));
                 record(IoStatus::Failed);
                 break;
             }

@@ -12,9 +12,9 @@
 
 class LibUsbConnector : public HCIOConnector {
 public:
-    // `interfaceClass` is the USB interface class searched for (7, printer);
-    // `usb` the libusb calls (tests pass a stand-in).
-    explicit LibUsbConnector(uint8_t interfaceClass, UsbCalls& usb = systemUsbCalls());
+    // `interfaceClass` is the USB interface class searched for (7, printer).
+    // The libusb calls are those of Seam<UsbCalls> at construction.
+    explicit LibUsbConnector(uint8_t interfaceClass);
     ~LibUsbConnector() override;
 
     LibUsbConnector(const LibUsbConnector&) = delete;

@@ -181,7 +181,7 @@ IoStatus USBLPConnector::waitFor(bool forWriting, int32_t timeLimit)
         status = FD_ISSET(fd, &set) ? (forWriting ? IoStatus::WriteReady : IoStatus::DataReady) : IoStatus::Failed;
     } else if (ready == 0) {
         status = IoStatus::TimedOut;
-        currentClock().waited(timeLimit);  // lets a test clock see the time pass
+        Seam<Clock>::get().waited(timeLimit);  // lets a test clock see the time pass
     } else {
         status = IoStatus::Failed;
     }

@@ -36,7 +36,8 @@ public:
 
 }  // namespace
 
-UsbCalls& systemUsbCalls()
+template <>
+UsbCalls& Seam<UsbCalls>::systemDefault()
 {
     static SystemUsbCalls calls;
     return calls;

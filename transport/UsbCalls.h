@@ -1,8 +1,10 @@
 // The few libusb-0.1 calls the libusb connector makes, behind one interface
-// so that tests can stand in for the USB bus.
+// so that tests can stand in for the USB bus (Seam<UsbCalls>).
 #pragma once
 
 #include <usb.h>
+
+#include "common/Seam.h"
 
 class UsbCalls {
 public:
@@ -23,4 +25,5 @@ public:
 };
 
 // The real libusb-0.1.
-UsbCalls& systemUsbCalls();
+template <>
+UsbCalls& Seam<UsbCalls>::systemDefault();

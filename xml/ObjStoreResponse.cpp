@@ -2,7 +2,7 @@
 
 #include <cstdio>
 
-#include "cert/Base64.h"
+#include "common/Base64.h"
 #include "common/LeadingNumber.h"
 #include "xml/NameList.h"
 #include "xml/SimpleXPath.h"

@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <cstring>
 
+#include "common/Console.h"
 #include "xml/XmlEntities.h"
 
 namespace {
@@ -108,7 +109,7 @@ int SimpleSAXParser::runElementLoop(Run& run)
             } else if (isWhitespace(static_cast<unsigned char>(c))) {
                 ++run.pos;
             } else {
-                std::fputs("dunno what to do?!\n", stdout);
+                Seam<Console>::get().user("dunno what to do?!\n");
                 status = -1;
             }
         } else if (hasNext && isNameStart(static_cast<unsigned char>(next))) {
@@ -295,9 +296,9 @@ int SimpleSAXParser::skipComment(Run& run)
 void SimpleSAXParser::reportError(const Run& run)
 {
     if (run.pos >= run.length) {
-        std::fputs("<<end of string>>\n", stdout);
+        Seam<Console>::get().user("<<end of string>>\n");
     } else {
-        std::printf("Parsing error at character %d, '%c'\n", run.pos > INT_MAX ? INT_MAX : static_cast<int>(run.pos),
-                    run.text[run.pos]);
+        userF("Parsing error at character %d, '%c'\n", run.pos > INT_MAX ? INT_MAX : static_cast<int>(run.pos),
+              run.text[run.pos]);
     }
 }

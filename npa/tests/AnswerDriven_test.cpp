@@ -16,8 +16,6 @@ const std::vector<uint8_t> kRequest = bytesFromHex("A5 00 06 50 E0 D8 00 28 15")
 
 // The scripted printer with answer-driven exchanges of a 5-second deadline.
 struct AnswerDrivenChannel {
-    AnswerDrivenChannel() { npa::setAnswerDrivenTiming(&timing); }
-    ~AnswerDrivenChannel() { npa::setAnswerDrivenTiming(nullptr); }
 
     const npa::ExchangeReport& exchange(const npa::AnswerAssembler::WholeTest& alsoWhole = nullptr)
     {
@@ -27,7 +25,8 @@ struct AnswerDrivenChannel {
         return channel.lastReport();
     }
 
-    npa::AnswerDrivenTiming timing{5000, 15000, nullptr};
+    npa::AnswerDrivenTiming timing{true, 5000, 15000, nullptr};
+    Seam<npa::AnswerDrivenTiming>::Override answerDriven{timing};
     ScopedScriptedPrinter scripted;
     ScriptedPrinter& printer = scripted.printer;
     FakeClock& clock = scripted.fake.clock;

@@ -1,35 +1,24 @@
-// The 802.1x sequence: the validate-certificate flag decided by the printer's
-// certificate lists, the items of its two requests (a refused first request,
-// a silent certificate manager and an installed CA alone are tested end to
-// end), and the 802.1x queries.
+// The 802.1x sequence: the validate-certificate flag the certificate inventory
+// decides, the items of its two requests (a refused first request, a silent
+// certificate manager and an installed CA alone are tested end to end), and
+// the 802.1x queries.
 #include <gtest/gtest.h>
 
 #include <algorithm>
 
 #include "npa/tests/NpaTestSupport.h"
-#include "tests/support/CertAnswers.h"
 
 namespace {
 
 const char* const kAccepted = "A5 00 04 50 E0 DA 01 01";
 const char* const kStatusAnswer = "A5 00 09 50 E0 D8 00 2A 1D 00 01 02";
 
-bool isCertificateCall(const std::string& request) { return request.size() > 3 && request[3] == '\x80'; }
-
-// The validate flag item of the 802.1x request; static WEP keys follow the
-// 802.1x items, and the SSID comes before the channel in the second request.
-TEST(Config8021x, ValidateFlagFollowsThePrintersCertificateListsThenTheItemsInOrder)
+// The validate flag item of the 802.1x request is what the certificate
+// inventory says, asked once; static WEP keys follow the 802.1x items, and the
+// SSID comes before the channel in the second request.
+TEST(Config8021x, ValidateFlagFollowsTheCertificateInventoryThenTheItemsInOrder)
 {
-    const struct {
-        const char* name;
-        std::vector<std::string> answers;  // the certificate manager's, in order
-        int flag;
-    } cases[] = {
-        {"one friendly name, no CA", {answerPacket(listAnswerXml({"a"})), answerPacket(listAnswerXml({}))}, 0},
-        {"two friendly names", {answerPacket(listAnswerXml({"a", "b"}))}, 1},
-        {"friendly list refused, one CA", {answerPacket(answerXml(3)), answerPacket(listAnswerXml({"ca"}))}, 1},
-    };
-    for (const auto& c : cases) {
+    for (const bool holds : {false, true}) {
         ConfigDetails details;
         details.security = "802.1x";
         details.encryption = "WEP-STATIC";
@@ -38,25 +27,23 @@ TEST(Config8021x, ValidateFlagFollowsThePrintersCertificateListsThenTheItemsInOr
         details.pwd8021x = "pw";
         details.ssid = "net";
         ConfiguratorUnderTest t(details);
+        t.fakeCertificates.holds = holds;
         t.configurator.setPassThrough(false);
-        for (const std::string& answer : c.answers) t.printer.addAnswer(answer);
         t.printer.addAnswer(kAccepted);
         t.printer.addAnswer(kAccepted);
         t.printer.addAnswer(kStatusAnswer);
-        const Captured captured = captureOutput([&] { EXPECT_EQ(t.configurator.advancedConfig(), 0) << c.name; });
+        const Captured captured = captureOutput([&] { EXPECT_EQ(t.configurator.advancedConfig(), 0); });
 
+        const std::string flag = holds ? "1" : "0";
+        EXPECT_EQ(t.fakeCertificates.questions, 1);
         const auto& writes = t.printer.writes;
-        ASSERT_EQ(writes.size(), c.answers.size() + 3) << c.name;
-        for (size_t i = 0; i < c.answers.size(); ++i) EXPECT_TRUE(isCertificateCall(writes[i])) << c.name;
-        const std::string& options = writes[c.answers.size()];
-        const std::vector<std::string> items = settingsItems(options);
-        EXPECT_NE(std::find(items.begin(), items.end(), "2A 24 00 00 01 0" + std::to_string(c.flag)), items.end());
-        EXPECT_NE(captured.err.find("D [CVL] Validate certificate? " + std::to_string(c.flag) + "\n"),
-                  std::string::npos)
-            << c.name;
-        EXPECT_EQ(itemKeys(options),
+        ASSERT_EQ(writes.size(), 3u);
+        const std::vector<std::string> items = settingsItems(writes[0]);
+        EXPECT_NE(std::find(items.begin(), items.end(), "2A 24 00 00 01 0" + flag), items.end());
+        EXPECT_NE(captured.err.find("D [CVL] Validate certificate? " + flag + "\n"), std::string::npos);
+        EXPECT_EQ(itemKeys(writes[0]),
                   "28/26 2A/14 2A/15 2A/16 2A/17 2A/18 2A/19 2A/1A 2A/02 2A/03 2A/24 28/09 28/0B 28/0D 28/0F 28/1F");
-        EXPECT_EQ(itemKeys(writes[c.answers.size() + 1]), "28/02 28/22 28/08 28/05");
+        EXPECT_EQ(itemKeys(writes[1]), "28/02 28/22 28/08 28/05");
         EXPECT_EQ(hexOf(writes.back()), "A5 00 06 50 E0 D8 00 2A 1D");
     }
 }

@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "npa/PasswordPrompt.h"
 #include "npa/WirelessConfigurator.h"
 #include "tests/support/CaptureOutput.h"
 #include "tests/support/ScriptedConnector.h"
@@ -42,19 +43,35 @@ inline std::string itemKeys(const std::string& request)
     return keys;
 }
 
+// A certificate inventory that gives a set answer and counts the questions.
+struct FakeCertificateInventory : CertificateInventory {
+    bool holdsOwnCertificates(const NPAChannel&) override { return ++questions, holds; }
+    bool holds = false;
+    int questions = 0;
+};
+
+// A password source that answers "typed" and counts the prompts.
+struct TypedPassword : PasswordSource {
+    std::string password() override { return ++prompts, "typed"; }
+    int prompts = 0;
+};
+
 // A configurator on the scripted printer and the fake clock; its password
-// prompt answers "typed" and counts the prompts.
+// prompt answers "typed" and counts the prompts. Without an inventory of the
+// caller's, it asks `fakeCertificates`.
 struct ConfiguratorUnderTest {
-    explicit ConfiguratorUnderTest(ConfigDetails details = ConfigDetails())
-        : config(std::move(details)), configurator(config, std::make_unique<NPAChannel>(config.usbPath))
-    {
-        configurator.setPasswordSource([this] { return ++passwordPrompts, std::string("typed"); });
-    }
+    explicit ConfiguratorUnderTest(ConfigDetails details = ConfigDetails(),
+                                   CertificateInventory* certificates = nullptr)
+        : config(std::move(details)), configurator(config, certificates != nullptr ? *certificates : fakeCertificates)
+    {}
 
     ScopedScriptedPrinter scripted;
     ScriptedPrinter& printer = scripted.printer;
     FakeClock& clock = scripted.fake.clock;
     ConfigDetails config;
+    FakeCertificateInventory fakeCertificates;
     WirelessConfigurator configurator;
-    int passwordPrompts = 0;
+    TypedPassword typed;
+    Seam<PasswordSource>::Override passwordSource{typed};
+    int& passwordPrompts = typed.prompts;
 };

@@ -24,9 +24,7 @@ public:
 };
 
 // Installs a FakeClock for the lifetime of the object.
-class ScopedFakeClock {
-public:
-    ScopedFakeClock() { setClock(&clock); }
-    ~ScopedFakeClock() { setClock(nullptr); }
+struct ScopedFakeClock {
     FakeClock clock;
+    Seam<Clock>::Override installed{clock};
 };

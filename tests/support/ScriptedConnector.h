@@ -12,6 +12,7 @@
 
 #include "tests/support/FakeClock.h"
 #include "tests/support/HexText.h"
+#include "transport/ConnectorFactory.h"
 #include "transport/HCUSBTransport.h"
 
 // Bytes that reach the host at a given time on the fake clock.
@@ -99,17 +100,27 @@ private:
     std::deque<Arrival> m_Pending;
 };
 
+// Connects every path to the scripted printer, as given.
+class ScriptedConnectorFactory : public ConnectorFactory {
+public:
+    ScriptedConnectorFactory(ScriptedPrinter& printer, FakeClock& clock) : m_Printer(printer), m_Clock(clock) {}
+    std::unique_ptr<HCIOConnector> connect(const char* path, bool& opened) override
+    {
+        m_Printer.paths.push_back(path);
+        auto connector = std::make_unique<ScriptedConnector>(m_Printer, m_Clock);
+        opened = connector->open() == 0;
+        return connector;
+    }
+
+private:
+    ScriptedPrinter& m_Printer;
+    FakeClock& m_Clock;
+};
+
 // The scripted printer on the fake clock, installed for the lifetime of the object.
 struct ScopedScriptedPrinter {
-    ScopedScriptedPrinter()
-    {
-        HCUSBTransport::setConnectorFactory([this](const char* path) -> std::unique_ptr<HCIOConnector> {
-            printer.paths.push_back(path);
-            return std::make_unique<ScriptedConnector>(printer, fake.clock);
-        });
-    }
-    ~ScopedScriptedPrinter() { HCUSBTransport::setConnectorFactory(nullptr); }
-
     ScopedFakeClock fake;
     ScriptedPrinter printer;
+    ScriptedConnectorFactory factory{printer, fake.clock};
+    Seam<ConnectorFactory>::Override installed{factory};
 };

@@ -106,7 +106,8 @@ TEST(LibUsbWrite, SendsPiecesOfThePacketSizeWithinTheTryBound)
         ScopedFakeClock fake;
         FakeUsb usb;
         usb.announceInPacketSize(c.inPacketSize);
-        LibUsbConnector connector(7, usb);
+        Seam<UsbCalls>::Override installed(usb);
+        LibUsbConnector connector(7);
         ASSERT_EQ(connector.openDevice(3, 7), 0);
         usb.writeResults = c.results;
         testing::internal::CaptureStderr();

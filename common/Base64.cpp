@@ -1,4 +1,4 @@
-#include "cert/Base64.h"
+#include "common/Base64.h"
 
 #include <climits>
 

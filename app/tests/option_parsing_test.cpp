@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "app/ConfigDetails.h"
+#include "app/OptionParsing.h"
 #include "tests/support/TempFile.h"
 
 namespace {

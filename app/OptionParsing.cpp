@@ -1,6 +1,6 @@
 // Filling the configuration record from options, a settings file, a raw
 // packet file, or the USB path alone.
-#include "app/ConfigDetails.h"
+#include "app/OptionParsing.h"
 
 #include <algorithm>
 #include <cstdio>

@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-#include "cert/Base64.h"
+#include "common/Base64.h"
 
 namespace {
 
