@@ -6,6 +6,7 @@ set -euo pipefail
 packages=(
   cmake g++ make ninja-build pkg-config  # toolchain
   libusb-dev libssl-dev                # the utility: libusb-0.1, OpenSSL
+  libudev-dev                          # corvelctl: finding the printers attached
   openssl                              # certificates made and signed in the tests and the demo
   libgtest-dev                         # unit tests
   umockdev libumockdev-dev faketime    # the simulated printer and its fast clock

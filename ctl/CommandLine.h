@@ -1,0 +1,99 @@
+// The command line of corvelctl, read into plain values. Every value is
+// checked here, before anything is opened: a wrong command line is a usage
+// failure (exit 64) whose message says what is wrong and what is allowed.
+#pragma once
+
+#include "ctl/PrinterSelector.h"
+
+#include <chrono>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace corvelctl {
+
+enum class Command { List, Status, Wifi, CertDefaults, CertRequest, CertInstallCa, CertInstall, Reset };
+
+enum class Security { None, WepOpen, WepShared, WpaWpa2Psk, Wpa2Psk, Ieee8021x };
+enum class Encryption { Aes, Tkip, WepDynamic };
+enum class WirelessMode { Managed, AdHoc };
+enum class EapMethod { Md5, Mschapv2, Leap, Peap, Tls, Ttls };
+enum class InnerAuthentication { Chap, Mschap, Mschapv2, Pap };
+
+// Where the secret of a wifi command comes from; the secret itself is read
+// later (Secrets.h), never from the command line.
+enum class SecretSource {
+    NotNeeded,  // --security none
+    File,       // --passphrase-file
+    Stdin,      // --passphrase-stdin
+    Prompt,     // neither: a prompt when standard input is a terminal
+};
+
+struct GlobalOptions {
+    std::optional<PrinterSelector> printer;
+    bool json = false;
+    int verbosity = 0;                        // 0, 1 (-v) or 2 (-vv)
+    std::chrono::milliseconds timeout{5000};  // of each exchange
+};
+
+struct WifiOptions {
+    std::string ssid;  // 1-32 bytes
+    Security security = Security::None;
+    int channel = 6;  // 1-11
+    WirelessMode mode = WirelessMode::Managed;
+    std::optional<Encryption> encryption;  // set (default Aes) for the WPA kinds and 802.1x only
+    int wepTransmitKey = 1;                // 1-4, meaningful for WEP only
+    std::vector<EapMethod> eap;            // 802.1x: at least one, no repeats, in the order given
+    std::optional<InnerAuthentication> inner;
+    std::string user;  // 802.1x: 1-31 bytes
+    SecretSource secretSource = SecretSource::NotNeeded;
+    std::string passphraseFile;  // with SecretSource::File
+    bool allowSharedFile = false;
+    std::optional<std::chrono::seconds> wait;  // --wait: 1-3600, 60 when given without a value
+};
+
+// Each field 1-64 bytes but state and city 1-128, country two letters; no
+// control characters. Absent fields are empty.
+struct CertSubject {
+    std::string commonName;  // required
+    std::string organization, unit, state, country, city, altname;
+};
+
+struct CertRequestOptions {
+    std::string outFile;
+    bool force = false;
+    CertSubject subject;
+};
+
+struct Invocation {
+    Command command = Command::List;
+    GlobalOptions global;
+    WifiOptions wifi;                // Command::Wifi
+    CertRequestOptions certRequest;  // Command::CertRequest
+    std::string certFile;            // Command::CertInstallCa, Command::CertInstall
+};
+
+// What the command line asks for: a run, or a text to print (exit 0).
+struct ParsedCommandLine {
+    enum class Action { Run, ShowHelp, ShowVersion };
+    Action action = Action::Run;
+    Invocation invocation;
+    std::string text;  // the help or version text, with its final line end
+};
+
+// Reads argv[1..argc-1]. Throws Failure (exit 64) for a wrong command line;
+// --help and --version win over any mistake on the same line.
+ParsedCommandLine parseCommandLine(int argc, const char* const* argv);
+
+// Whether the command line asks for JSON (--json or -j before any "--"),
+// found without parsing, so that even a usage failure can be given as JSON.
+bool asksForJson(int argc, const char* const* argv);
+
+// The names used on the command line, for messages and reports.
+const char* securityName(Security security);
+const char* encryptionName(Encryption encryption);
+const char* eapMethodName(EapMethod method);
+const char* innerAuthenticationName(InnerAuthentication inner);
+const char* commandName(Command command);  // "status", "cert install-ca", ...
+
+}  // namespace corvelctl

@@ -1,0 +1,57 @@
+// What a command tells on success: an ordered list of fields, printed either
+// for people as aligned "key: value" lines or for scripts as one JSON object.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace corvelctl {
+
+class Report {
+public:
+    struct Field;
+
+    // Each adds a field at the end and returns the report, so calls chain.
+    // The names say the JSON type; text values are any bytes (the JSON form
+    // replaces what is not UTF-8).
+    Report& addText(std::string key, std::string value);
+    Report& addOptionalText(std::string key, const std::optional<std::string>& value);  // null when absent
+    Report& addNull(std::string key);
+    Report& addInteger(std::string key, long long value);
+    Report& addBool(std::string key, bool value);
+    Report& addObject(std::string key, Report object);
+    Report& addList(std::string key, std::vector<Report> items);
+
+    // Replaces what the human form shows for the last field added (for
+    // example "2 (authenticated)" for an object, or "joined" for a bool).
+    Report& humanText(std::string text);
+
+    const std::vector<Field>& fields() const { return fields_; }
+
+    // Human form: one "key: value" line per field, the values aligned one
+    // column after the longest key's colon. Text is printed as it is; a null
+    // shows as "-", a bool as "yes"/"no". An object shows "key:" then its own
+    // block indented by two spaces; a list shows "key:" then each item's
+    // block indented, items separated by an empty line. Control characters
+    // in text (a hostile SSID could hold escape sequences) show as \xNN.
+    std::string renderHuman() const;
+    // The JSON object on one line, without a line end.
+    std::string renderJson() const;
+
+private:
+    std::vector<Field> fields_;
+};
+
+struct Report::Field {
+    enum class Kind { Text, Null, Integer, Bool, Object, List };
+    std::string key;
+    Kind kind = Kind::Null;
+    std::string text;
+    long long integer = 0;
+    bool flag = false;
+    std::vector<Report> children;  // one for an Object, the items of a List
+    std::optional<std::string> human;
+};
+
+}  // namespace corvelctl
