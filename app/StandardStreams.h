@@ -1,11 +1,8 @@
-// The process's standard streams at the start and the end of a run.
+// The process's standard streams at the end of a run (at its start:
+// common/StandardDescriptors.h).
 #pragma once
 
-// A standard descriptor the caller closed (`>&-`) would be the first one an
-// open() returns: the printer's node would become standard output. Each closed
-// one is held by /dev/null opened for reading, so that writes to it fail
-// (EBADF) and reads find nothing.
-void holdClosedStandardDescriptors();
+#include "common/StandardDescriptors.h"
 
 // Flushes standard output; false, after one line on standard error with the
 // reason, when what the run wrote there could not be written.

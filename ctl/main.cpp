@@ -1,6 +1,6 @@
 // corvelctl: configures the Wi-Fi of a printer attached by USB; the command
 // line for people and scripts.
-#include "app/StandardStreams.h"
+#include "common/StandardDescriptors.h"
 #include "ctl/AtomicFile.h"
 #include "ctl/CommandLine.h"
 #include "ctl/Failure.h"

@@ -1,0 +1,28 @@
+// The trace of corvelctl's exchanges with the printer (-v, -vv), and the
+// memory of the last one, from which a failure is explained.
+#pragma once
+
+#include <cstdio>
+
+#include "npa/ExchangeReport.h"
+
+namespace corvelctl {
+
+class ExchangeTrace : public npa::ExchangeObserver {
+public:
+    // 0: silent; 1: one line per exchange; 2: hex dumps as well, secrets masked.
+    explicit ExchangeTrace(int verbosity, std::FILE* out = stderr) : m_Verbosity(verbosity), m_Out(out) {}
+
+    void exchanged(const npa::ExchangeReport& report) override;
+    const npa::ExchangeReport& last() const { return m_Last; }
+
+    // What an exchange's outcome means, in words ("answered in 3 ms").
+    static std::string meaning(const npa::ExchangeReport& report);
+
+private:
+    int m_Verbosity;
+    std::FILE* m_Out;
+    npa::ExchangeReport m_Last;
+};
+
+}  // namespace corvelctl

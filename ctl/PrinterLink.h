@@ -1,0 +1,39 @@
+// One run's way to the printer: answer-driven exchanges within the run's
+// deadline, the core's own trace silenced, corvelctl's trace on request, and
+// the failure that the last exchange's outcome means.
+#pragma once
+
+#include <string>
+
+#include "ctl/CommandLine.h"
+#include "ctl/ExchangeTrace.h"
+#include "ctl/Failure.h"
+#include "npa/ExchangeReport.h"
+
+namespace corvelctl {
+
+class PrinterLink {
+public:
+    PrinterLink(const Invocation& invocation, const std::string& printerPath);
+    PrinterLink(const PrinterLink&) = delete;
+    PrinterLink& operator=(const PrinterLink&) = delete;
+
+    const std::string& path() const { return m_Path; }
+    const npa::ExchangeReport& last() const { return m_Trace.last(); }
+    // Requests go wrapped in the pass-through envelope until the printer
+    // refuses that; then plain.
+    bool plain() const { return m_Plain; }
+    void goPlain() { m_Plain = true; }
+
+    // The failure the last exchange means, for `what` ("reading the SSID").
+    Failure failure(const std::string& what) const;
+
+private:
+    std::string m_Path;
+    ExchangeTrace m_Trace;
+    npa::AnswerDrivenTiming m_Timing;
+    Seam<npa::AnswerDrivenTiming>::Override m_AnswerDriven{m_Timing};
+    bool m_Plain = false;
+};
+
+}  // namespace corvelctl
