@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Checks manual pages with mandoc's linter: any message at all (error,
-# warning or style) fails, so the pages stay clean.
+# warning or style) fails, so the pages stay clean. A source line longer
+# than 80 bytes fails too, so that the pages stay readable in any editor.
 #   scripts/man-lint.sh PAGE...
 set -uo pipefail
 if ! command -v mandoc >/dev/null; then
@@ -13,6 +14,11 @@ for page in "$@"; do
   if [ $? -ne 0 ] || [ -n "$messages" ]; then
     echo "$page:" >&2
     echo "$messages" >&2
+    status=1
+  fi
+  long=$(LC_ALL=C awk 'length > 80 { print FILENAME ":" FNR ": " length " bytes" }' "$page")
+  if [ -n "$long" ]; then
+    echo "$long" >&2
     status=1
   fi
 done
