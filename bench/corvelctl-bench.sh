@@ -18,20 +18,22 @@ work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 (umask 077 && printf 'bench-passphrase\n' >"$work/passphrase")
 
-# One simulated printer for the whole run, already joined, with its state kept
-# between the commands; each command is timed inside the simulator's child.
+# One simulated printer for the whole run, its state kept between the
+# commands; each command is timed inside the simulator's child. The settings
+# go first, so the printer has joined when the status is read.
 cat >"$work/run.sh" <<SCRIPT
 set -e
 now() { date +%s%N; }
 ms() { echo \$(( (\$(now) - \$1) / 1000000 )); }
-t=\$(now); "$ctl" status >/dev/null; echo "ctl_status \$(ms \$t)"
-t=\$(now)
-for mode in -s -t -ip -802s -cer; do "$cfg" \$mode >/dev/null 2>&1 || true; done
-echo "cfg_status \$(ms \$t)"
 t=\$(now)
 "$ctl" wifi --ssid BenchNet --security wpa2-psk --passphrase-file "$work/passphrase" >/dev/null
 echo "ctl_wifi \$(ms \$t)"
 t=\$(now); "$cfg" -c --ssid=BenchNet --security=WPA2 --passwd=bench-passphrase >/dev/null 2>&1; echo "cfg_wifi \$(ms \$t)"
+# The printer has joined: every read below is answered at once.
+t=\$(now); "$ctl" status >/dev/null; echo "ctl_status \$(ms \$t)"
+t=\$(now)
+for mode in -s -t -ip -802s -cer; do "$cfg" \$mode >/dev/null 2>&1 || true; done
+echo "cfg_status \$(ms \$t)"
 SCRIPT
 "$sim" --state "$work/state" -- bash "$work/run.sh" >"$work/times"
 

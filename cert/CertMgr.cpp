@@ -249,7 +249,7 @@ int CertMgr::installCACert(const std::string& path)
                        requestName(fileName).c_str(), file.size, file.text.data())) {
         return -1;
     }
-    removeExistingCA(path);
+    m_ReplacedCA = removeExistingCA(path) == 1;
     ObjStoreResponse response;
     return call(request.data(), kTimeLimitSeconds, response, "D [CVL] Install CA Cert error %d\n");
 }

@@ -57,6 +57,8 @@ public:
         std::string message;
     };
     const CallStatus& lastStatus() const { return m_LastStatus; }
+    // Whether the last installCACert deleted a CA of the same name first.
+    bool replacedCA() const { return m_ReplacedCA; }
 
     // Deletes the printer's CA of the same name as the certificate in the
     // file: 1 when one was deleted, else 0.
@@ -96,5 +98,6 @@ private:
     std::unique_ptr<NPAChannel> npaChannel;
     bool m_EscapeNames = false;
     bool m_WholeLists = false;
+    bool m_ReplacedCA = false;
     CallStatus m_LastStatus;
 };

@@ -4,8 +4,11 @@
 #include <cstring>
 #include <string>
 
+#include "cert/CertRequests.h"
+#include "npa/NpaFrame.h"
 #include "npa/RequestDescription.h"
 #include "transport/HexDump.h"
+#include "xml/ObjStoreResponse.h"
 
 namespace corvelctl {
 
@@ -26,14 +29,46 @@ void dump(std::FILE* out, const char* title, const std::vector<uint8_t>& bytes)
     std::fputs(hexDumpText(bytes.data(), static_cast<int32_t>(bytes.size())).c_str(), out);
 }
 
+// What a whole answer says: the value read, the settings' verdict, the
+// certificate manager's status.
+std::string answerMeaning(const npa::ExchangeReport& report)
+{
+    const std::string request = npa::describeRequest(report.request);
+    if (request.rfind("read ", 0) == 0) {
+        const uint8_t group = report.request[report.request.size() - 2];
+        const uint8_t field = report.request[report.request.size() - 1];
+        const npa::ValueSpan span = npa::findReadValue(report.received, {group, field});
+        if (!span.found) return "no value in the answer";
+        std::string value;
+        for (size_t i = span.offset; i < span.offset + span.length; ++i) {
+            char byte[4];
+            std::snprintf(byte, sizeof byte, "%02X", report.received[i]);
+            value += (value.empty() ? "" : " ") + std::string(byte);
+        }
+        return "value " + (value.empty() ? std::string("(empty)") : value);
+    }
+    if (request.rfind("settings", 0) == 0) {
+        return !report.content.empty() && report.content.back() == 0x01 ? "accepted" : "not accepted";
+    }
+    if (request == "certificate-manager call") {
+        std::vector<char> text(report.content.size() + 1, 0);
+        if (certreq::unwrapAnswer(report.content.data(), report.content.size(), text.data(), text.size()) == 0) {
+            return "no certificate-manager answer";
+        }
+        ObjStoreResponse response;
+        response.setResponse(text.data());
+        return "status " + std::to_string(response.getStatusCode());
+    }
+    return std::to_string(report.content.size()) + " bytes of content";
+}
+
 }  // namespace
 
 std::string ExchangeTrace::meaning(const npa::ExchangeReport& report)
 {
     const std::string after = " after " + std::to_string(report.elapsedMs) + " ms";
     switch (report.outcome) {
-    case Outcome::Answered:
-        return "answered" + after + " (" + std::to_string(report.content.size()) + " bytes of content)";
+    case Outcome::Answered: return "answered" + after + ": " + answerMeaning(report);
     case Outcome::Refused: return "refused by the printer" + after;
     case Outcome::NoAnswer: return "no whole answer within " + seconds(report.deadlineMs);
     case Outcome::OpenFailed: return std::string("could not open the printer: ") + std::strerror(report.error);

@@ -303,7 +303,10 @@ Report runCertInstallCa(const Invocation& invocation, const std::string& printer
     if (client->installCACert(invocation.certFile) != 0) {
         throw callFailure(link, *client, "installing the CA certificate");
     }
-    return printerReport(printerPath).addText("file", invocation.certFile).addBool("installed", true);
+    return printerReport(printerPath)
+        .addText("file", invocation.certFile)
+        .addBool("installed", true)
+        .addBool("replaced", client->replacedCA());
 }
 
 Report runCertInstall(const Invocation& invocation, const std::string& printerPath)

@@ -63,7 +63,7 @@ Failure unavailable(const std::string& what, const std::vector<PrinterRecord>& p
 std::string PrinterRecord::busDevice() const
 {
     if (!hasBusDevice()) return "";
-    char text[16];
+    char text[24];  // room for any two ints
     std::snprintf(text, sizeof text, "%03d:%03d", bus, device);
     return text;
 }
