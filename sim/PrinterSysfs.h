@@ -26,11 +26,11 @@ struct PrinterPlacement {
     Bytes descriptors;
 };
 
-// One printer per lp number (sorted, unique; or {kNoLpNode}), each its own USB device on one
-// bus. The first is the one the libusb route reaches when `usbBus` is not 0,
-// at `usbBus`:`usbDevice`; the others take the next device numbers (without
-// the libusb route: bus 1 from device 2 on). The first carries `serial`, the
-// others `serial` + "-lpN".
+// One printer per lp number (sorted, unique; or just kNoLpNode), each its own
+// USB device on one bus. The first is the one the libusb route reaches when
+// `usbBus` is not 0, at `usbBus`:`usbDevice`; the others take the next device
+// numbers (without the libusb route: bus 1 from device 2 on). The first
+// carries `serial`, the others `serial` + "-lpN".
 std::vector<PrinterPlacement> placePrinters(const std::vector<int>& lpNumbers, int usbBus, int usbDevice,
                                             const std::string& serial);
 

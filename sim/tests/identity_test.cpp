@@ -139,27 +139,6 @@ TEST(NoLpOption, NeedsUsbAndRefusesLp)
     }
 }
 
-// A printer without an lp node is its USB device and printer interface only,
-// and no driver holds the interface; with one, usblp does.
-TEST(PrinterSysfs, DescribesTheLpNodeAndItsDriverOnlyWhenThereIsOne)
-{
-    for (int lp : {kNoLpNode, 3}) {
-        PrinterPlacement printer;
-        printer.lp = lp;
-        printer.bus = 3;
-        printer.device = 7;
-        printer.descriptors = {0x12, 0x01};
-        const std::vector<std::string> descriptions = sysfsDescriptions(printer, UsbIdentity{});
-        ASSERT_EQ(descriptions.size(), lp == kNoLpNode ? 2u : 3u) << lp;
-        EXPECT_NE(descriptions[0].find("N: bus/usb/003/007=1201\n"), std::string::npos) << descriptions[0];
-        EXPECT_NE(descriptions[1].find("A: bInterfaceClass=07\n"), std::string::npos) << descriptions[1];
-        EXPECT_EQ(descriptions[1].find("DRIVER=usblp") != std::string::npos, lp != kNoLpNode) << descriptions[1];
-        std::string all;
-        for (const std::string& description : descriptions) all += description;
-        EXPECT_EQ(all.find("usbmisc") != std::string::npos, lp != kNoLpNode) << all;
-    }
-}
-
 // drip sends the very bytes the other faults left, one per write and MS
 // apart, from the moment a late answer would have gone out.
 TEST(Faults, DripSendsOneByteAtATime)
