@@ -95,6 +95,7 @@ TEST(PlacePrinters, GivesEachPrinterItsDeviceAndSerial)
         {{0}, 0, 0, {"0 1:2 1 SN"}},
         {{0, 3}, 0, 0, {"0 1:2 1 SN", "3 1:3 2 SN-lp3"}},
         {{2, 5}, 3, 127, {"2 3:127 1 SN", "5 3:1 2 SN-lp5"}},
+        {{kNoLpNode}, 3, 7, {"-1 3:7 1 SN"}},
     };
     // clang-format on
     for (const auto& c : cases) {
@@ -103,6 +104,38 @@ TEST(PlacePrinters, GivesEachPrinterItsDeviceAndSerial)
             placed.push_back(std::to_string(p.lp) + " " + std::to_string(p.bus) + ":" + std::to_string(p.device) + " " +
                              std::to_string(p.port) + " " + p.serial);
         EXPECT_EQ(placed, c.placed);
+    }
+}
+
+// --no-lp leaves the printer without an lp node; it needs the USB device
+// that libusb reaches and cannot go with --lp.
+TEST(NoLpOption, NeedsUsbAndRefusesLp)
+{
+    // clang-format off
+    const struct {
+        std::vector<const char*> args;
+        const char* error;  // "" : accepted
+        std::vector<int> lps = {};
+    } cases[] = {
+        {{"--usb", "3:7", "--no-lp"}, "", {}},
+        {{"--no-lp", "--usb=003:007"}, "", {}},
+        {{"--lp", "2"}, "", {2}},
+        {{"--no-lp"}, "--no-lp needs --usb BUS:DEV: without an lp node libusb is the only way to the printer"},
+        {{"--usb", "3:7", "--no-lp", "--lp", "0"}, "--no-lp and --lp cannot go together: --no-lp attaches no lp node"},
+        {{"--lp=1", "--no-lp"}, "--no-lp and --lp cannot go together: --no-lp attaches no lp node"},
+        {{"--usb", "3:7", "--no-lp=1"}, "--no-lp takes no value"},
+    };
+    // clang-format on
+    for (const auto& c : cases) {
+        SimOptions options;
+        std::string error;
+        const std::string args = std::accumulate(c.args.begin(), c.args.end(), std::string(),
+                                                 [](std::string all, const char* arg) { return all + " " + arg; });
+        EXPECT_EQ(parse(c.args, options, error), !*c.error) << args;
+        EXPECT_EQ(error, c.error) << args;
+        if (*c.error) continue;
+        EXPECT_EQ(options.lpNumbers, c.lps) << args;
+        EXPECT_EQ(options.noLp, c.lps.empty()) << args;
     }
 }
 
