@@ -20,6 +20,10 @@ namespace {
 constexpr int kTimeLimitSeconds = 5;
 constexpr int kSlowTimeLimitSeconds = 10;  // key generation and export
 constexpr int32_t kFileBufferSize = 16384;
+// With large files: a request in one packet (a 16-bit length) holds a file
+// Base64-encoded in at most 64000 characters.
+constexpr int32_t kLargeFileBufferSize = 64000;
+constexpr size_t kLargeFileRequest = 65000;
 constexpr size_t kLongestFriendlyName = 31;
 
 // The friendly name to send: the default when none is given. Null for a
@@ -49,11 +53,12 @@ int reportFailure(const ObjStoreResponse& response, const char* errorLine, const
 // carry it; `size` is 0 when the file is missing, empty, too large, or its
 // text does not fit the encoding buffer (nothing is sent then).
 struct EncodedFile {
-    explicit EncodedFile(const std::string& path) : text(kFileBufferSize, 0)
+    EncodedFile(const std::string& path, int32_t capacity) : text(static_cast<size_t>(capacity), 0)
     {
-        std::vector<uint8_t> bytes(kFileBufferSize, 0);
-        const int loaded = CertMgr::loadFromFile(bytes.data(), kFileBufferSize, path);
-        if (loaded > 0 && Base64::encode(bytes.data(), static_cast<uint32_t>(loaded), text.data(), kFileBufferSize)) {
+        std::vector<uint8_t> bytes(static_cast<size_t>(capacity), 0);
+        const int loaded = CertMgr::loadFromFile(bytes.data(), capacity, path);
+        if (loaded > 0 &&
+            Base64::encode(bytes.data(), static_cast<uint32_t>(loaded), text.data(), static_cast<uint32_t>(capacity))) {
             size = loaded;
         }
     }
@@ -161,8 +166,8 @@ int CertMgr::installSignedCert(const std::string& path, const char* friendlyName
     if (name == nullptr) {
         return -1;
     }
-    const EncodedFile file(path);
-    std::vector<char> request(kFileRequest, 0);
+    const EncodedFile file(path, fileCapacity());
+    std::vector<char> request(requestCapacity(), 0);
     ObjStoreResponse response;
     if (file.size <= 0 || !formatRequest(request.data(), request.size(), "uploadSignedCertFile", kUploadSignedCertFile,
                                          requestName(name).c_str(), file.size, file.text.data())) {
@@ -238,13 +243,13 @@ int CertMgr::installCACert(const std::string& path)
 {
     const size_t slash = path.rfind('/');
     const std::string fileName = slash == std::string::npos ? path : path.substr(slash + 1);
-    const EncodedFile file(path);
+    const EncodedFile file(path, fileCapacity());
     if (file.size <= 0) {
         return -1;
     }
     // Formatted before anything is deleted: a request that cannot be sent
     // must not cost the printer the CA it holds.
-    std::vector<char> request(kFileRequest, 0);
+    std::vector<char> request(requestCapacity(), 0);
     if (!formatRequest(request.data(), request.size(), "uploadNewCAFile", kUploadNewCAFile,
                        requestName(fileName).c_str(), file.size, file.text.data())) {
         return -1;
@@ -301,6 +306,10 @@ int CertMgr::createCertRequest(const std::string& org, const std::string& unit, 
     ObjStoreResponse response;
     return call(request, kSlowTimeLimitSeconds, response, "D [CVL] Create Certificate Request error %d\n");
 }
+
+int32_t CertMgr::fileCapacity() const { return m_LargeFiles ? kLargeFileBufferSize : kFileBufferSize; }
+
+size_t CertMgr::requestCapacity() const { return m_LargeFiles ? kLargeFileRequest : kFileRequest; }
 
 std::string CertMgr::requestName(const std::string& name) const
 {

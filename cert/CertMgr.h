@@ -48,6 +48,10 @@ public:
     // Names (of CAs, files and friendly names) go into requests XML-escaped
     // when set; by default they go as they stand.
     void setEscapeNames(bool escape) { m_EscapeNames = escape; }
+    // Certificate files of up to 48,000 bytes are uploaded when set (the
+    // most one packet carries); by default the files that fit the 16 KiB
+    // request buffer, about 11,900 bytes.
+    void setLargeFiles(bool large) { m_LargeFiles = large; }
     // Name lists are read whole when set; by default only their first nine names.
     void setWholeLists(bool whole) { m_WholeLists = whole; }
 
@@ -92,6 +96,9 @@ private:
     int call(const char* request, int timeLimitSeconds, ObjStoreResponse& response, const char* errorLine,
              const char* messageLine = "D [CVL] %s\n");
 
+    // The buffers of a file and of its upload request.
+    int32_t fileCapacity() const;
+    size_t requestCapacity() const;
     // `name` as it goes into a request.
     std::string requestName(const std::string& name) const;
 
@@ -99,5 +106,6 @@ private:
     bool m_EscapeNames = false;
     bool m_WholeLists = false;
     bool m_ReplacedCA = false;
+    bool m_LargeFiles = false;
     CallStatus m_LastStatus;
 };

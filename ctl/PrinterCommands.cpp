@@ -3,6 +3,7 @@
 // answer-driven exchanges carry them.
 #include "ctl/PrinterCommands.h"
 
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -73,6 +74,7 @@ std::unique_ptr<CertMgr> certificateClient(PrinterLink& link)
     std::unique_ptr<CertMgr> client = CertMgr::create(link.path());
     client->setEscapeNames(true);
     client->setWholeLists(true);
+    client->setLargeFiles(true);
     return client;
 }
 
@@ -82,9 +84,8 @@ Failure callFailure(PrinterLink& link, const CertMgr& client, const std::string&
 {
     if (link.last().outcome == Outcome::None) {
         // The client sent nothing: the file's request does not fit its buffer.
-        return {ExitStatus::DataError, "the certificate file is too large for one certificate-manager request "
-                                       "(about 11,900 bytes at most) (" +
-                                           what + ")"};
+        return {ExitStatus::DataError,
+                "the certificate file does not fit one certificate-manager request (" + what + ")"};
     }
     if (link.last().outcome == Outcome::Answered && client.lastStatus().code != 0) {
         const CertMgr::CallStatus& status = client.lastStatus();
@@ -277,12 +278,24 @@ Report runCertRequest(const Invocation& invocation, const std::string& printerPa
 
 namespace {
 
-// The certificate file must be there and readable before anything is sent.
+// The most a certificate file may hold: its upload goes in one packet.
+constexpr long long kLargestCertificateFile = 48000;
+
+// The certificate file must be there, readable and a PEM certificate that
+// fits one upload before anything is sent.
 void checkReadable(const std::string& path)
 {
-    if (::access(path.c_str(), R_OK) != 0) {
+    struct stat status {};
+    if (::access(path.c_str(), R_OK) != 0 || ::stat(path.c_str(), &status) != 0) {
         const int error = errno;
         throw Failure(ExitStatus::NoInput, "cannot read " + path + ": " + std::strerror(error));
+    }
+    if (!S_ISREG(status.st_mode)) {
+        throw Failure(ExitStatus::NoInput, path + " is not a regular file");
+    }
+    if (status.st_size > kLargestCertificateFile) {
+        throw Failure(ExitStatus::DataError, path + " has " + std::to_string(status.st_size) +
+                                                 " bytes; a certificate file may have at most 48000");
     }
     std::string commonName, caName;
     CertMgr::readPemSubject(path, commonName, caName);

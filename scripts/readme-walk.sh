@@ -1,9 +1,11 @@
 #!/usr/bin/env bash
-# Prints the README's section "802.1x with certificates, step by step" as a
-# shell script: its indented lines, unindented. The demo runs it, and an
-# end-to-end test runs it and compares what it prints with the "#> " lines.
+# Prints a walk-through section of the README as a shell script: its indented
+# lines, unindented. The demo runs it, and an end-to-end test runs each walk
+# and compares what it prints with the "#> " lines.
+#   scripts/readme-walk.sh [README] [SECTION]   (default: the 802.1x walk)
 set -euo pipefail
 readme=${1:-"$(dirname "$0")/../README.md"}
-awk '/^## 802.1x with certificates, step by step/ { inside = 1; next }
-     /^## / { inside = 0 }
+section=${2:-"802.1x with certificates, step by step"}
+awk -v heading="## $section" '$0 == heading { inside = 1; next }
+     /^##+ / { inside = 0 }
      inside && /^    / { print substr($0, 5) }' "$readme"
