@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
-# Builds corvelcfg and the simulated printer, then configures the simulated
-# printer the way a script would configure a real one. The utility's fixed
+# Builds corvelctl, corvelcfg and the simulated printer, then configures the
+# simulated printer the way a script would configure a real one: first with
+# corvelctl (the README's walk), then with corvelcfg. The utility's fixed
 # waits run 20 times faster here (corvelsim --speed 20); the trace each run
 # writes on standard error is kept in build/demo/.
 set -euo pipefail
@@ -8,7 +9,7 @@ cd "$(dirname "$0")/.."
 scripts/setup.sh
 
 cmake -S . -B build/release -DCORVEL_WERROR=ON >/dev/null
-cmake --build build/release -j"$(nproc)" --target corvelcfg corvelsim
+cmake --build build/release -j"$(nproc)" --target corvelctl corvelcfg corvelsim
 
 sim=build/release/sim/corvelsim
 cfg=build/release/app/corvelcfg
@@ -18,6 +19,13 @@ rm -f "$demo/printer.state" "$demo/requests.jsonl"
 printer=("$sim" --speed 20 --state "$demo/printer.state" --log "$demo/requests.jsonl" --join-after 2)
 
 step() { printf '\n== %s\n$ %s\n' "$1" "$2"; }
+
+step "corvelctl: the README's walk, run as written" "scripts/readme-walk.sh README.md \"corvelctl, step by step\" | bash"
+rm -rf "$demo/ctl-walk"
+mkdir -p "$demo/ctl-walk"
+scripts/readme-walk.sh README.md "corvelctl, step by step" >"$demo/ctl-walk/walk.sh"
+(cd "$demo/ctl-walk" &&
+  PATH="$PWD/../../release/ctl:$PWD/../../release/sim:$PATH" bash walk.sh 2>walk.log | grep -v '^#')
 
 step "A raw NPA read of the SSID field; the answer is dumped on standard error" \
   "corvelcfg -npa -file examples/read-ssid.hex"

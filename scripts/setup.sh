@@ -6,12 +6,12 @@ set -euo pipefail
 packages=(
   cmake g++ make ninja-build pkg-config  # toolchain
   libusb-dev libssl-dev                # the utility: libusb-0.1, OpenSSL
-  libudev-dev                          # corvelctl: finding the printers attached
+  libudev-dev                          # corvelctl finds printers through libudev; so do the identity tests
+  jq                                   # the README's corvelctl walk reads JSON with it
   openssl                              # certificates made and signed in the tests and the demo
   libgtest-dev                         # unit tests
   umockdev libumockdev-dev faketime    # the simulated printer and its fast clock
   libpugixml-dev                       # the simulated printer's XML
-  libudev-dev                          # corvelctl finds printers through libudev; so do the identity tests
   clang libclang-rt-14-dev             # fuzzing (libFuzzer)
   libbenchmark-dev libexpat1-dev       # benchmarks and their reference parser
   dpkg-dev fakeroot                    # the Debian packages (cpack, dpkg-shlibdeps)
