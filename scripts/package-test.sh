@@ -73,7 +73,7 @@ for package in corvelcfg corvelsim; do
   dpkg-deb -x "$deb" "$scratch/root"
 done
 # Linked libraries, as dpkg-shlibdeps found them, and what corvelsim preloads or runs.
-has_depends corvelcfg libc6 libstdc++6 libusb-0.1-4 libssl3
+has_depends corvelcfg libc6 libstdc++6 libusb-0.1-4 libssl3 libudev1
 has_depends corvelsim libc6 libstdc++6 libssl3 libpugixml1v5 libumockdev0 umockdev faketime
 
 root=$scratch/root
@@ -93,12 +93,14 @@ if [ "$status" -ne 0 ] || ! cmp -s "$scratch/usage.out" "$scratch/help.out"; the
   fail "corvelcfg -h: exit status $status, or not the usage text"
 fi
 
-sim_version=$("$root/usr/bin/corvelsim" --version 2>&1) || fail "corvelsim --version failed"
-if [ "$sim_version" != "corvelsim $version" ]; then
-  fail "corvelsim --version printed '$sim_version', expected 'corvelsim $version'"
-fi
+for program in corvelctl corvelsim; do
+  printed=$("$root/usr/bin/$program" --version 2>&1) || fail "$program --version failed"
+  if [ "$printed" != "$program $version" ]; then
+    fail "$program --version printed '$printed', expected '$program $version'"
+  fi
+done
 
-for page in corvelcfg corvelsim; do
+for page in corvelcfg corvelctl corvelsim; do
   file="$root/usr/share/man/man1/$page.1.gz"
   MANPAGER=cat MANWIDTH=80 man -l "$file" >"$scratch/man.out" 2>"$scratch/man.err" || true
   # The page shows the version of its package in its footer.
@@ -109,7 +111,7 @@ for page in corvelcfg corvelsim; do
   fi
 done
 
-for program in corvelcfg corvelsim; do
+for program in corvelcfg corvelctl corvelsim; do
   script="$root/usr/share/bash-completion/completions/$program"
   if ! bash --norc -c "source /usr/share/bash-completion/bash_completion; source '$script'; complete -p $program" \
     >/dev/null 2>&1; then
@@ -121,4 +123,4 @@ if ((failures > 0)); then
   echo "package test: $failures failure(s)" >&2
   exit 1
 fi
-echo "package test: corvelcfg and corvelsim $version packages passed"
+echo "package test: corvelcfg (with corvelctl) and corvelsim $version packages passed"
