@@ -9,6 +9,7 @@ packages=(
   libudev-dev                          # corvelctl: finding the printers attached
   openssl                              # certificates made and signed in the tests and the demo
   libgtest-dev                         # unit tests
+  nlohmann-json3-dev                   # corvelctl's end-to-end tests read its JSON output
   umockdev libumockdev-dev faketime    # the simulated printer and its fast clock
   libpugixml-dev                       # the simulated printer's XML
   libudev-dev                          # corvelctl finds printers through libudev; so do the identity tests
