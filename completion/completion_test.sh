@@ -98,6 +98,7 @@ check "corvelcfg -npa --s" ""
 
 # corvelsim: its options, their values, the faults, and the command after --.
 check "corvelsim --usb-" "--usb-layout --usb-packet --usb-trace"
+check "corvelsim --usb 1:4 --n" "--no-lp"
 check "corvelsim --v" "--vendor-id --version"
 check "corvelsim --pro" "--product --product-id"
 check "corvelsim --fault d" "drip="

@@ -107,12 +107,14 @@ std::vector<std::string> sysfsDescriptions(const PrinterPlacement& printer, cons
                  line('A', "devpath", std::to_string(printer.port)) + line('A', "bDeviceClass", "00") +
                  line('A', "bNumConfigurations", "1") + line('A', "bcdDevice", "0100") + line('A', "speed", "480");
 
+    const bool hasLpNode = printer.lp != kNoLpNode;
     const std::string interface = "P: " + interfacePath + "\n" + line('E', "SUBSYSTEM", "usb") +
-                                  line('E', "DEVTYPE", "usb_interface") + line('E', "DRIVER", "usblp") +
-                                  line('E', "INTERFACE", "7/1/2") + line('A', "bInterfaceNumber", "00") +
-                                  line('A', "bAlternateSetting", "00") + line('A', "bInterfaceClass", "07") +
-                                  line('A', "bInterfaceSubClass", "01") + line('A', "bInterfaceProtocol", "02") +
-                                  line('A', "bNumEndpoints", "02");
+                                  line('E', "DEVTYPE", "usb_interface") +
+                                  (hasLpNode ? line('E', "DRIVER", "usblp") : "") + line('E', "INTERFACE", "7/1/2") +
+                                  line('A', "bInterfaceNumber", "00") + line('A', "bAlternateSetting", "00") +
+                                  line('A', "bInterfaceClass", "07") + line('A', "bInterfaceSubClass", "01") +
+                                  line('A', "bInterfaceProtocol", "02") + line('A', "bNumEndpoints", "02");
+    if (!hasLpNode) return {usbDevice, interface};
 
     // The "N:" line without contents makes umockdev back the node with a pty.
     const std::string lpNode = "P: " + interfacePath + "/usbmisc/lp" + lp + "\nN: usb/lp" + lp + "\n" +

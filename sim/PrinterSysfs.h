@@ -1,6 +1,7 @@
 // Where each simulated printer sits on the simulated USB bus, and the sysfs
 // devices umockdev makes for it: a USB device, its printer interface, and the
-// interface's lp node, as the kernel's usblp driver shows a real printer.
+// interface's lp node, as the kernel's usblp driver shows a real printer
+// (without that driver: no lp node, and no driver holds the interface).
 #pragma once
 
 #include <string>
@@ -11,8 +12,11 @@
 
 namespace corvelsim {
 
+// The lp number of a printer without an lp node, as when usblp is not loaded.
+constexpr int kNoLpNode = -1;
+
 struct PrinterPlacement {
-    int lp = 0;
+    int lp = 0;  // kNoLpNode: none
     int bus = 1;
     int device = 2;
     int port = 1;  // the USB device's sysfs name is "BUS-PORT"
@@ -22,7 +26,7 @@ struct PrinterPlacement {
     Bytes descriptors;
 };
 
-// One printer per lp number (sorted, unique), each its own USB device on one
+// One printer per lp number (sorted, unique; or {kNoLpNode}), each its own USB device on one
 // bus. The first is the one the libusb route reaches when `usbBus` is not 0,
 // at `usbBus`:`usbDevice`; the others take the next device numbers (without
 // the libusb route: bus 1 from device 2 on). The first carries `serial`, the
@@ -31,7 +35,8 @@ std::vector<PrinterPlacement> placePrinters(const std::vector<int>& lpNumbers, i
                                             const std::string& serial);
 
 // The umockdev descriptions of the printer's devices, parents first: the USB
-// device, its interface, its lp node.
+// device, its interface, its lp node (when it has one; the interface's driver
+// is usblp only then).
 std::vector<std::string> sysfsDescriptions(const PrinterPlacement& printer, const UsbIdentity& identity);
 
 // "/dev/bus/usb/BBB/DDD"

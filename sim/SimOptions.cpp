@@ -40,6 +40,17 @@ bool parseUsbAddress(const std::string& text, UsbDeviceOptions& usb)
            parseInt(text.substr(colon + 1), 1, 127, usb.device);
 }
 
+// Without an lp node the printer is reached over libusb only, so it needs
+// its USB device, and no lp node can be asked for.
+bool checkNoLp(const SimOptions& options, std::string& error)
+{
+    if (!options.lpNumbers.empty())
+        error = "--no-lp and --lp cannot go together: --no-lp attaches no lp node";
+    else if (options.usb.bus == 0)
+        error = "--no-lp needs --usb BUS:DEV: without an lp node libusb is the only way to the printer";
+    return error.empty();
+}
+
 }  // namespace
 
 std::string helpText()
@@ -47,16 +58,20 @@ std::string helpText()
     return std::string("Usage: corvelsim [options] [-- command [args...]]\n"
                        "\n"
                        "Simulates a printer attached by USB: /dev/usb/lp0 (and any other node asked\n"
-                       "for) exists for the command, which runs with the simulated printer attached;\n"
-                       "corvelsim ends with the command's exit status (128 + signal when a signal\n"
-                       "ended it), 127 when the command is not found, 126 when it cannot be run,\n"
-                       "2 when corvelsim itself cannot start. The command starts with default\n"
-                       "signal actions and no signal blocked. Without a command it starts an\n"
-                       "interactive shell ($SHELL or /bin/sh) in which the printer stays attached\n"
-                       "until the shell exits.\n"
+                       "for; none with --no-lp) exists for the command, which runs with the simulated\n"
+                       "printer attached; corvelsim ends with the command's exit status (128 + signal\n"
+                       "when a signal ended it), 127 when the command is not found, 126 when it\n"
+                       "cannot be run, 2 when corvelsim itself cannot start. The command starts\n"
+                       "with default signal actions and no signal blocked. Without a command it\n"
+                       "starts an interactive shell ($SHELL or /bin/sh) in which the printer stays\n"
+                       "attached until the shell exits.\n"
                        "\n"
                        "Options:\n"
                        "  --lp N            attach /dev/usb/lpN (0..16); repeatable; default 0\n"
+                       "  --no-lp           attach no lp node, as when the kernel's usblp driver is\n"
+                       "                    not loaded: the printer is only its USB device, whose\n"
+                       "                    printer interface no driver holds, reached over libusb.\n"
+                       "                    Needs --usb; not with --lp\n"
                        "  --usb BUS:DEV     attach the printer to the USB bus as well, as device DEV\n"
                        "                    (1..127) on bus BUS (1..255), such as 001:004:\n"
                        "                    /dev/bus/usb/BUS/DEV, for libusb. Same state, log and\n"
@@ -150,6 +165,10 @@ bool parseOptions(int argc, const char* const* argv, SimOptions& options, std::s
             options.version = true;
             continue;
         }
+        if (arg == "--no-lp") {
+            options.noLp = true;
+            continue;
+        }
         std::string name = arg;
         std::string value;
         size_t equals = arg.find('=');
@@ -239,11 +258,15 @@ bool parseOptions(int argc, const char* const* argv, SimOptions& options, std::s
                                       : identity.serial) = value;
         } else if (name == "--fault") {
             if (!addFault(options.faults, value, error)) return false;
+        } else if (name == "--no-lp") {
+            error = "--no-lp takes no value";
+            return false;
         } else {
             error = "unknown option '" + arg + "'";
             return false;
         }
     }
+    if (options.noLp) return checkNoLp(options, error);
     if (options.lpNumbers.empty()) options.lpNumbers.push_back(0);
     std::sort(options.lpNumbers.begin(), options.lpNumbers.end());
     options.lpNumbers.erase(std::unique(options.lpNumbers.begin(), options.lpNumbers.end()), options.lpNumbers.end());

@@ -15,7 +15,8 @@ constexpr int kDefaultKillAfterMs = 5000;
 constexpr int kMaxKillAfterMs = 600000;
 
 struct SimOptions {
-    std::vector<int> lpNumbers;             // default: {0}
+    std::vector<int> lpNumbers;             // default: {0}; empty with noLp
+    bool noLp = false;                      // the printer has no lp node: libusb only
     std::string statePath;                  // "" : in memory only
     std::string logPath;                    // "" : no request log
     int speed = 0;                          // faketime factor for the child

@@ -46,14 +46,17 @@ bool Testbed::addPrinters(const std::vector<PrinterPlacement>& printers, const U
     for (const PrinterPlacement& printer : printers) {
         const int lp = printer.lp;
         if (m_Masters.count(lp)) continue;
+        const std::string name =
+            lp != kNoLpNode ? lpPath(lp) : "the USB device " + usbNodePath(printer.bus, printer.device);
         for (const std::string& description : sysfsDescriptions(printer, identity)) {
             GError* gerror = nullptr;
             if (!umockdev_testbed_add_from_string(m_Testbed, description.c_str(), &gerror)) {
-                error = "cannot add " + lpPath(lp) + ": " + (gerror ? gerror->message : "unknown error");
+                error = "cannot add " + name + ": " + (gerror ? gerror->message : "unknown error");
                 if (gerror) g_error_free(gerror);
                 return false;
             }
         }
+        if (lp == kNoLpNode) continue;  // no pty to serve: the USB device's own port serves it
         int master = umockdev_testbed_get_dev_fd(m_Testbed, lpPath(lp).c_str());
         if (master < 0) {
             error = "umockdev gave no pty for " + lpPath(lp);

@@ -1,6 +1,6 @@
 // Hosts the mock devices: a umockdev testbed in which each printer is a USB
-// device whose /dev/usb/lpN is a pty; the simulated printer serves the
-// master side.
+// device whose /dev/usb/lpN, when it has one, is a pty; the simulated printer
+// serves the master side.
 #pragma once
 
 #include <map>
@@ -18,9 +18,9 @@ class Testbed {
 public:
     // Creates an empty testbed; nullptr and a message on failure.
     static std::unique_ptr<Testbed> create(std::string& error);
-    // Adds each printer's USB device, interface and lp node; false and a
-    // message on failure. A libusb node's ioctl handler must be attached
-    // before.
+    // Adds each printer's USB device, interface and lp node (if it has one);
+    // false and a message on failure. A libusb node's ioctl handler must be
+    // attached before.
     bool addPrinters(const std::vector<PrinterPlacement>& printers, const UsbIdentity& identity, std::string& error);
     ~Testbed();
     Testbed(const Testbed&) = delete;

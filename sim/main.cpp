@@ -1,4 +1,5 @@
-// corvelsim: a simulated printer on /dev/usb/lpN for corvelcfg and scripts.
+// corvelsim: a simulated printer on /dev/usb/lpN (and/or the USB bus, for
+// libusb) for corvelcfg and scripts.
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -88,8 +89,9 @@ int main(int argc, char** argv)
 
     std::unique_ptr<Testbed> testbed = Testbed::create(error);
     if (!testbed) return fail(error);
+    const std::vector<int> lpNumbers = options.noLp ? std::vector<int>{kNoLpNode} : options.lpNumbers;
     std::vector<PrinterPlacement> printers =
-        placePrinters(options.lpNumbers, options.usb.bus, options.usb.device, options.usb.identity.serial);
+        placePrinters(lpNumbers, options.usb.bus, options.usb.device, options.usb.identity.serial);
     std::unique_ptr<UsbPrinterDevice> usbDevice;
     if (options.usb.bus != 0) {
         usbDevice = UsbPrinterDevice::attach(testbed->umockdevTestbed(), options.usb, error);

@@ -95,6 +95,7 @@ TEST(PlacePrinters, GivesEachPrinterItsDeviceAndSerial)
         {{0}, 0, 0, {"0 1:2 1 SN"}},
         {{0, 3}, 0, 0, {"0 1:2 1 SN", "3 1:3 2 SN-lp3"}},
         {{2, 5}, 3, 127, {"2 3:127 1 SN", "5 3:1 2 SN-lp5"}},
+        {{kNoLpNode}, 3, 7, {"-1 3:7 1 SN"}},
     };
     // clang-format on
     for (const auto& c : cases) {
@@ -103,6 +104,59 @@ TEST(PlacePrinters, GivesEachPrinterItsDeviceAndSerial)
             placed.push_back(std::to_string(p.lp) + " " + std::to_string(p.bus) + ":" + std::to_string(p.device) + " " +
                              std::to_string(p.port) + " " + p.serial);
         EXPECT_EQ(placed, c.placed);
+    }
+}
+
+// --no-lp leaves the printer without an lp node; it needs the USB device
+// that libusb reaches and cannot go with --lp.
+TEST(NoLpOption, NeedsUsbAndRefusesLp)
+{
+    // clang-format off
+    const struct {
+        std::vector<const char*> args;
+        const char* error;  // "" : accepted
+        std::vector<int> lps = {};
+    } cases[] = {
+        {{"--usb", "3:7", "--no-lp"}, "", {}},
+        {{"--no-lp", "--usb=003:007"}, "", {}},
+        {{"--lp", "2"}, "", {2}},
+        {{"--no-lp"}, "--no-lp needs --usb BUS:DEV: without an lp node libusb is the only way to the printer"},
+        {{"--usb", "3:7", "--no-lp", "--lp", "0"}, "--no-lp and --lp cannot go together: --no-lp attaches no lp node"},
+        {{"--lp=1", "--no-lp"}, "--no-lp and --lp cannot go together: --no-lp attaches no lp node"},
+        {{"--usb", "3:7", "--no-lp=1"}, "--no-lp takes no value"},
+    };
+    // clang-format on
+    for (const auto& c : cases) {
+        SimOptions options;
+        std::string error;
+        const std::string args = std::accumulate(c.args.begin(), c.args.end(), std::string(),
+                                                 [](std::string all, const char* arg) { return all + " " + arg; });
+        EXPECT_EQ(parse(c.args, options, error), !*c.error) << args;
+        EXPECT_EQ(error, c.error) << args;
+        if (*c.error) continue;
+        EXPECT_EQ(options.lpNumbers, c.lps) << args;
+        EXPECT_EQ(options.noLp, c.lps.empty()) << args;
+    }
+}
+
+// A printer without an lp node is its USB device and printer interface only,
+// and no driver holds the interface; with one, usblp does.
+TEST(PrinterSysfs, DescribesTheLpNodeAndItsDriverOnlyWhenThereIsOne)
+{
+    for (int lp : {kNoLpNode, 3}) {
+        PrinterPlacement printer;
+        printer.lp = lp;
+        printer.bus = 3;
+        printer.device = 7;
+        printer.descriptors = {0x12, 0x01};
+        const std::vector<std::string> descriptions = sysfsDescriptions(printer, UsbIdentity{});
+        ASSERT_EQ(descriptions.size(), lp == kNoLpNode ? 2u : 3u) << lp;
+        EXPECT_NE(descriptions[0].find("N: bus/usb/003/007=1201\n"), std::string::npos) << descriptions[0];
+        EXPECT_NE(descriptions[1].find("A: bInterfaceClass=07\n"), std::string::npos) << descriptions[1];
+        EXPECT_EQ(descriptions[1].find("DRIVER=usblp") != std::string::npos, lp != kNoLpNode) << descriptions[1];
+        std::string all;
+        for (const std::string& description : descriptions) all += description;
+        EXPECT_EQ(all.find("usbmisc") != std::string::npos, lp != kNoLpNode) << all;
     }
 }
 

@@ -1,10 +1,11 @@
 // Lists the printers as libudev and libusb see them, for testing corvelsim's
-// USB identity: one line per usbmisc device (sorted by node),
-//   NODE usb=DEVNAME|- busnum=N devnum=N class=CC VID:PID MANUFACTURER|PRODUCT|SERIAL
+// USB identity: one line per usbmisc device, and one per printer-class
+// interface without one (node "-"), sorted:
+//   NODE usb=DEVNAME|- busnum=N devnum=N class=CC driver=DRIVER|- VID:PID MANUFACTURER|PRODUCT|SERIAL
 //        udev=ID_VENDOR_ID:ID_MODEL_ID ID_VENDOR|ID_MODEL|ID_SERIAL_SHORT
-// where the USB fields come from the usb_device parent and class from the
-// usb_interface between; then for each such parent with a node, what libusb
-// reads from it:
+// where the USB fields come from the usb_device parent, class and driver from
+// the usb_interface between; then for each such parent with a node, what
+// libusb reads from it:
 //   libusb BBB/DDD VID:PID MANUFACTURER|PRODUCT|SERIAL
 #include <libudev.h>
 #include <usb.h>
@@ -54,38 +55,67 @@ std::string libusbIdentity(const std::string& busName, const std::string& device
     return "not found";
 }
 
+// The line for a printer's node (nullptr: none), its interface and USB device.
+std::string printerLine(const char* node, udev_device* interface, udev_device* usb)
+{
+    // The interface must lie between the node and the USB device.
+    const bool between =
+        usb && interface && udev_device_get_parent_with_subsystem_devtype(interface, "usb", "usb_device") == usb;
+    return orDash(node) + " usb=" + orDash(usb ? udev_device_get_devnode(usb) : nullptr) +
+           " busnum=" + attribute(usb, "busnum") + " devnum=" + attribute(usb, "devnum") +
+           " class=" + (between ? attribute(interface, "bInterfaceClass") : "-") +
+           " driver=" + (between ? property(interface, "DRIVER") : "-") + " " + attribute(usb, "idVendor") + ":" +
+           attribute(usb, "idProduct") + " " + attribute(usb, "manufacturer") + "|" + attribute(usb, "product") + "|" +
+           attribute(usb, "serial") + " udev=" + property(usb, "ID_VENDOR_ID") + ":" + property(usb, "ID_MODEL_ID") +
+           " " + property(usb, "ID_VENDOR") + "|" + property(usb, "ID_MODEL") + "|" + property(usb, "ID_SERIAL_SHORT");
+}
+
+// Calls `visit` with each device of `subsystem` (below `parent` if given)
+// whose attribute `name` is `value` (any when nullptr).
+template <typename Visit>
+void forEach(udev* context, const char* subsystem, udev_device* parent, const char* name, const char* value,
+             Visit visit)
+{
+    udev_enumerate* enumerate = udev_enumerate_new(context);
+    udev_enumerate_add_match_subsystem(enumerate, subsystem);
+    if (parent) udev_enumerate_add_match_parent(enumerate, parent);
+    if (name) udev_enumerate_add_match_sysattr(enumerate, name, value);
+    udev_enumerate_scan_devices(enumerate);
+    udev_list_entry* entry;
+    udev_list_entry_foreach(entry, udev_enumerate_get_list_entry(enumerate))
+    {
+        udev_device* device = udev_device_new_from_syspath(context, udev_list_entry_get_name(entry));
+        if (!device) continue;
+        visit(device);
+        udev_device_unref(device);  // its parents go with it
+    }
+    udev_enumerate_unref(enumerate);
+}
+
 }  // namespace
 
 int main()
 {
     udev* context = udev_new();
-    udev_enumerate* enumerate = udev_enumerate_new(context);
-    udev_enumerate_add_match_subsystem(enumerate, "usbmisc");
-    udev_enumerate_scan_devices(enumerate);
     std::vector<std::string> printers, usbNodes;
-    udev_list_entry* entry;
-    udev_list_entry_foreach(entry, udev_enumerate_get_list_entry(enumerate))
-    {
-        udev_device* node = udev_device_new_from_syspath(context, udev_list_entry_get_name(entry));
-        // The parents belong to the node and go with it.
-        udev_device* usb = udev_device_get_parent_with_subsystem_devtype(node, "usb", "usb_device");
-        udev_device* interface = udev_device_get_parent_with_subsystem_devtype(node, "usb", "usb_interface");
-        const std::string usbNode = orDash(usb ? udev_device_get_devnode(usb) : nullptr);
-        // The interface must lie between the node and the USB device.
-        const bool between =
-            usb && interface && udev_device_get_parent_with_subsystem_devtype(interface, "usb", "usb_device") == usb;
-        printers.push_back(orDash(udev_device_get_devnode(node)) + " usb=" + usbNode +
-                           " busnum=" + attribute(usb, "busnum") + " devnum=" + attribute(usb, "devnum") +
-                           " class=" + (between ? attribute(interface, "bInterfaceClass") : "-") + " " +
-                           attribute(usb, "idVendor") + ":" + attribute(usb, "idProduct") + " " +
-                           attribute(usb, "manufacturer") + "|" + attribute(usb, "product") + "|" +
-                           attribute(usb, "serial") + " udev=" + property(usb, "ID_VENDOR_ID") + ":" +
-                           property(usb, "ID_MODEL_ID") + " " + property(usb, "ID_VENDOR") + "|" +
-                           property(usb, "ID_MODEL") + "|" + property(usb, "ID_SERIAL_SHORT"));
-        if (usbNode != "-") usbNodes.push_back(usbNode);
-        udev_device_unref(node);
-    }
-    udev_enumerate_unref(enumerate);
+    auto addPrinter = [&](const char* node, udev_device* interface, udev_device* usb) {
+        printers.push_back(printerLine(node, interface, usb));
+        const char* usbNode = usb ? udev_device_get_devnode(usb) : nullptr;
+        if (usbNode) usbNodes.push_back(usbNode);
+    };
+    forEach(context, "usbmisc", nullptr, nullptr, nullptr, [&](udev_device* node) {
+        addPrinter(udev_device_get_devnode(node),
+                   udev_device_get_parent_with_subsystem_devtype(node, "usb", "usb_interface"),
+                   udev_device_get_parent_with_subsystem_devtype(node, "usb", "usb_device"));
+    });
+    // A printer whose interface no driver gave a node (usblp not loaded).
+    forEach(context, "usb", nullptr, "bInterfaceClass", "07", [&](udev_device* interface) {
+        bool hasNode = false;
+        forEach(context, "usbmisc", interface, nullptr, nullptr, [&](udev_device*) { hasNode = true; });
+        if (!hasNode)
+            addPrinter(nullptr, interface,
+                       udev_device_get_parent_with_subsystem_devtype(interface, "usb", "usb_device"));
+    });
     udev_unref(context);
 
     std::sort(printers.begin(), printers.end());

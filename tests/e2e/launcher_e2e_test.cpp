@@ -116,6 +116,8 @@ TEST(Launcher, ValuesOutsideTheirRangeAreRefusedAsTheHelpStatesAndFailuresSayWhy
         {{"--kill-after", "600001"}, "--kill-after needs real milliseconds from 0 to 600000", "0..600000"},
         {{"--fault", "split=65"}, "bad value in fault 'split=65': it takes a number from 2 to 64", "2..64"},
         {{"--fault", "late"}, "bad value in fault 'late': it takes a number from 1 to 600000", "1..600000"},
+        {{"--no-lp"}, "corvelsim: --no-lp needs --usb BUS:DEV", "Needs --usb"},
+        {{"--usb", "1:4", "--no-lp", "--lp", "1"}, "corvelsim: --no-lp and --lp cannot go together", "not with --lp"},
         // A failed system call says which and why.
         {{"--log", dir.file("no-such-dir/requests.jsonl")},
          "corvelsim: cannot open the request log '" + dir.file("no-such-dir/requests.jsonl") +
