@@ -313,7 +313,10 @@ INSTANTIATE_TEST_SUITE_P(
         Route{"deviceNode", {}, {}, "/dev/usb/lp0", "lp"},
         // A bus:device selector still opens the printer's node.
         Route{"nodeChosenByBusDevice", {"--usb", "003:007", "--lp", "2"}, {"--printer", "003:007"}, "/dev/usb/lp2",
-              "lp"}),
+              "lp"},
+        // No lp node: the printer is reached over the USB bus (libusb).
+        Route{"usbBus", {"--usb", "003:007", "--no-lp"}, {}, "003:007", "usb"},
+        Route{"usbBusChosen", {"--usb", "003:007", "--no-lp"}, {"--printer", "3:7"}, "003:007", "usb"}),
     [](const ::testing::TestParamInfo<Route>& info) { return info.param.name; });
 // clang-format on
 
