@@ -32,8 +32,8 @@ void PrintTo(const Route& route, std::ostream* out) { *out << route.name; }
 void writeSecret(const SimDir& dir, const std::string& secret)
 {
     dir.write("secret.txt", secret);
-    std::filesystem::permissions(dir.file("secret.txt"), std::filesystem::perms::owner_read |
-                                                             std::filesystem::perms::owner_write);
+    std::filesystem::permissions(dir.file("secret.txt"),
+                                 std::filesystem::perms::owner_read | std::filesystem::perms::owner_write);
 }
 
 // A value of the CA's and the signed certificate's subjects that XML, JSON
@@ -203,9 +203,9 @@ TEST_P(CtlCommands, WifiForEachSecurity)
 TEST_P(CtlCommands, WifiWaitsUntilJoinedAndShowsTheAddress)
 {
     writeSecret(dir, "secret123");
-    const SimRun run = ctl(
-        {"wifi", "--ssid", "Lab", "--security", "wpa2-psk", "--passphrase-file", "secret.txt", "--wait=30"},
-        {"--join-after", "2", "--ip", "10.0.0.9"});
+    const SimRun run =
+        ctl({"wifi", "--ssid", "Lab", "--security", "wpa2-psk", "--passphrase-file", "secret.txt", "--wait=30"},
+            {"--join-after", "2", "--ip", "10.0.0.9"});
     expectSuccess(run, "wifi --wait");
     const json result = jsonOf(run);
     EXPECT_EQ(result["ipv4"], "10.0.0.9") << run.out;
@@ -247,8 +247,8 @@ TEST_P(CtlCommands, CertDefaults)
 // --force, and no temporary file stays behind.
 TEST_P(CtlCommands, CertRequestWritesThePrintersRequest)
 {
-    const std::vector<std::string> request = {"cert",      "request",   "--out",        "printer.csr",
-                                              "--org",     "R&D <Lab>", "--common-name", "printer1"};
+    const std::vector<std::string> request = {"cert",  "request",   "--out",         "printer.csr",
+                                              "--org", "R&D <Lab>", "--common-name", "printer1"};
     const SimRun made = ctl(request);
     expectSuccess(made, "cert request");
     const std::string pem = dir.read("printer.csr");
@@ -323,14 +323,14 @@ INSTANTIATE_TEST_SUITE_P(
 TEST(CtlList, ShowsEachPrinterWithItsUsbIdentity)
 {
     SimDir dir;
-    const std::vector<std::string> sim = {"--lp", "0", "--lp", "1", "--usb", "003:007", "--product-id", "0A1F",
-                                          "--serial", "SN 42"};
+    const std::vector<std::string> sim = {"--lp",         "0",    "--lp",     "1",    "--usb", "003:007",
+                                          "--product-id", "0A1F", "--serial", "SN 42"};
     const SimRun run = runCorvelctl(dir, sim, {"list", "--json"});
     ASSERT_EQ(run.status, 0) << run.err;
     EXPECT_EQ(run.err, "");
     EXPECT_TRUE(run.log.empty()) << "list opens no printer";
-    const json printer0 = {{"node", "/dev/usb/lp0"},  {"bus_device", "003:007"},         {"vendor_id", "c0de"},
-                           {"product_id", "0a1f"},    {"manufacturer", "Corvel"},         {"product", "Simulated Printer"},
+    const json printer0 = {{"node", "/dev/usb/lp0"}, {"bus_device", "003:007"},  {"vendor_id", "c0de"},
+                           {"product_id", "0a1f"},   {"manufacturer", "Corvel"}, {"product", "Simulated Printer"},
                            {"serial", "SN 42"}};
     json printer1 = printer0;
     printer1["node"] = "/dev/usb/lp1";
@@ -366,7 +366,8 @@ TEST(CtlOutput, UnwritableStandardOutputIsExit74)
 {
     for (const std::string redirect : {">&-", ">/dev/full"}) {
         SimDir dir;
-        const SimRun run = runSim(dir, {"--speed", "1"}, {"/bin/sh", "-c", std::string(CORVELCTL_PATH) + " status " + redirect});
+        const SimRun run =
+            runSim(dir, {"--speed", "1"}, {"/bin/sh", "-c", std::string(CORVELCTL_PATH) + " status " + redirect});
         EXPECT_EQ(run.status, 74) << redirect << "\n" << run.err;
         EXPECT_TRUE(holds(run.err, "corvelctl: cannot write standard output")) << redirect << "\n" << run.err;
         EXPECT_EQ(run.log.size(), 6u) << redirect << ": the status was read";

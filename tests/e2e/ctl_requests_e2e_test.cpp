@@ -147,7 +147,8 @@ std::string inner(const std::string& wrapped) { return wrapped.substr(18); }
 TEST(SameRequests, StatusReadsAndReset)
 {
     SimDir cfgDir;
-    const std::vector<std::string> reads = corvelcfgRequests(cfgDir, {}, {{"-s"}, {"-t"}, {"-ip"}, {"-802s"}, {"-cer"}});
+    const std::vector<std::string> reads =
+        corvelcfgRequests(cfgDir, {}, {{"-s"}, {"-t"}, {"-ip"}, {"-802s"}, {"-cer"}});
     const std::vector<std::string> reset = corvelcfgRequests(cfgDir, {}, {{"-r"}});
     ASSERT_EQ(reads.size(), 6u);
     ASSERT_EQ(reset.size(), 1u);
@@ -184,9 +185,9 @@ TEST(SameRequests, CertificateCalls)
               0);
     const std::string state = setup.read("state.txt");
     const std::string ca = setup.read("ca.pem"), signedCert = setup.read("p.pem");
-    const std::vector<std::string> subject = {"--org", "Acme", "--unit", "Lab", "--state", "Oregon", "--country",
-                                              "US", "--city", "Portland", "--altname", "p1.local", "--common-name",
-                                              "p1"};
+    const std::vector<std::string> subject = {"--org",         "Acme", "--unit", "Lab",      "--state",   "Oregon",
+                                              "--country",     "US",   "--city", "Portland", "--altname", "p1.local",
+                                              "--common-name", "p1"};
     // clang-format off
     const struct {
         const char* name;
