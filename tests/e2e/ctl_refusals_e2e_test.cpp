@@ -92,37 +92,38 @@ const RefusalCase kRefusals[] = {
 };
 // clang-format on
 
-// Each refusal, without and with --json: its exit status, one line on
-// standard error, the error object on standard output, nothing sent.
-TEST(CtlRefusals, NothingReachesThePrinter)
+// Each refusal: its exit status, one line on standard error, nothing sent;
+// with --json also the error object on standard output.
+void expectRefusals(bool asJson)
 {
     for (const RefusalCase& c : kRefusals) {
         SCOPED_TRACE(c.name);
-        for (const bool asJson : {false, true}) {
-            SimDir dir;
-            if (!c.setup.empty()) {
-                ASSERT_EQ(runShell(dir, c.setup), 0);
-            }
-            std::vector<std::string> args = c.args;
-            if (asJson) args.push_back("--json");
-            const SimRun run = runCorvelctl(dir, {}, args, c.input);
-            ASSERT_FALSE(run.timedOut);
-            EXPECT_EQ(run.status, c.status) << run.err;
-            EXPECT_TRUE(run.log.empty()) << run.log.size() << " requests; the first: " << run.log.front();
-            EXPECT_EQ(run.err.rfind("corvelctl: ", 0), 0u) << run.err;
-            EXPECT_EQ(occurrences(run.err, "\n"), 1) << run.err;
-            if (!asJson) {
-                EXPECT_EQ(run.out, "");
-                continue;
-            }
-            const json error = json::parse(run.out, nullptr, false);
-            ASSERT_TRUE(error.is_object()) << run.out;
-            EXPECT_EQ(error.size(), 2u) << run.out;
-            EXPECT_EQ(error.value("exit", -1), c.status) << run.out;
-            EXPECT_EQ("corvelctl: " + error.value("error", std::string()) + "\n", run.err);
+        SimDir dir;
+        if (!c.setup.empty()) {
+            ASSERT_EQ(runShell(dir, c.setup), 0);
         }
+        std::vector<std::string> args = c.args;
+        if (asJson) args.push_back("--json");
+        const SimRun run = runCorvelctl(dir, {}, args, c.input);
+        ASSERT_FALSE(run.timedOut);
+        EXPECT_EQ(run.status, c.status) << run.err;
+        EXPECT_TRUE(run.log.empty()) << run.log.size() << " requests; the first: " << run.log.front();
+        EXPECT_EQ(run.err.rfind("corvelctl: ", 0), 0u) << run.err;
+        EXPECT_EQ(occurrences(run.err, "\n"), 1) << run.err;
+        if (!asJson) {
+            EXPECT_EQ(run.out, "");
+            continue;
+        }
+        const json error = json::parse(run.out, nullptr, false);
+        ASSERT_TRUE(error.is_object()) << run.out;
+        EXPECT_EQ(error.size(), 2u) << run.out;
+        EXPECT_EQ(error.value("exit", -1), c.status) << run.out;
+        EXPECT_EQ("corvelctl: " + error.value("error", std::string()) + "\n", run.err);
     }
 }
+
+TEST(CtlRefusals, NothingReachesThePrinter) { expectRefusals(false); }
+TEST(CtlRefusals, NothingReachesThePrinterAndTheErrorIsJson) { expectRefusals(true); }
 
 // A shared passphrase file is taken when the caller says so.
 TEST(CtlRefusals, SharedPassphraseFileWithAllowSharedFile)
