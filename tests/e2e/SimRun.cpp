@@ -132,9 +132,13 @@ SimRun runCorvelcfg(const SimDir& dir, const std::vector<std::string>& simOption
 SimRun runCorvelctl(const SimDir& dir, const std::vector<std::string>& simOptions, const std::vector<std::string>& args,
                     const char* input)
 {
+    // corvelctl has no fixed waits: in real time, so that its deadlines
+    // (--timeout) do not pass 20 times faster on a busy machine.
+    std::vector<std::string> options = {"--speed", "1"};
+    options.insert(options.end(), simOptions.begin(), simOptions.end());
     std::vector<std::string> command = {CORVELCTL_PATH};
     command.insert(command.end(), args.begin(), args.end());
-    return runSim(dir, simOptions, command, input);
+    return runSim(dir, options, command, input);
 }
 
 std::vector<std::string> rawRequests(const SimRun& run)

@@ -60,7 +60,8 @@ SimRun runSim(const SimDir& dir, const std::vector<std::string>& simOptions, con
 // The same with corvelcfg and `args` as the command.
 SimRun runCorvelcfg(const SimDir& dir, const std::vector<std::string>& simOptions, const std::vector<std::string>& args,
                     const char* input = nullptr);
-// The same with corvelctl and `args` as the command.
+// The same with corvelctl and `args` as the command, in real time ("--speed 1"
+// first among the options, so that a later "--speed N" wins).
 SimRun runCorvelctl(const SimDir& dir, const std::vector<std::string>& simOptions, const std::vector<std::string>& args,
                     const char* input = nullptr);
 

@@ -203,9 +203,10 @@ TEST_P(CtlCommands, WifiForEachSecurity)
 TEST_P(CtlCommands, WifiWaitsUntilJoinedAndShowsTheAddress)
 {
     writeSecret(dir, "secret123");
-    const SimRun run =
-        ctl({"wifi", "--ssid", "Lab", "--security", "wpa2-psk", "--passphrase-file", "secret.txt", "--wait=30"},
-            {"--join-after", "2", "--ip", "10.0.0.9"});
+    const SimRun run = ctl({"wifi", "--ssid", "Lab", "--security", "wpa2-psk", "--passphrase-file", "secret.txt",
+                            "--wait=30", "--timeout", "60"},
+                           // The one-second pauses between polls 20 times faster.
+                           {"--join-after", "2", "--ip", "10.0.0.9", "--speed", "20"});
     expectSuccess(run, "wifi --wait");
     const json result = jsonOf(run);
     EXPECT_EQ(result["ipv4"], "10.0.0.9") << run.out;

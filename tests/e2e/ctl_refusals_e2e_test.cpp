@@ -177,7 +177,7 @@ TEST(CtlSecrets, NeverShownAtTheHighestVerbosity)
     } cases[] = {
         {"wpa", {"wifi", "--ssid", "Lab", "--security", "wpa-wpa2-psk"}, passphrase, {}},
         {"wpaJoinedAndWaited", {"wifi", "--ssid", "Lab", "--security", "wpa2-psk", "--wait=5", "--json"}, passphrase,
-         {"--join-after", "2"}},
+         {"--join-after", "2", "--speed", "20"}},
         // In the envelope and again plain.
         {"ieee8021xPlainRetry", {"wifi", "--ssid", "Lab", "--security", "802.1x", "--eap", "peap,ttls", "--inner",
                                  "pap", "--user", "alice"}, password, {"--fault", "refuse-envelope"}},
