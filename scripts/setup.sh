@@ -10,6 +10,7 @@ packages=(
   jq                                   # the README's corvelctl walk reads JSON with it
   openssl                              # certificates made and signed in the tests and the demo
   libgtest-dev                         # unit tests
+  nlohmann-json3-dev                   # corvelctl's end-to-end tests read its JSON output
   umockdev libumockdev-dev faketime    # the simulated printer and its fast clock
   libpugixml-dev                       # the simulated printer's XML
   clang libclang-rt-14-dev             # fuzzing (libFuzzer)

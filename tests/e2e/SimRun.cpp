@@ -129,4 +129,29 @@ SimRun runCorvelcfg(const SimDir& dir, const std::vector<std::string>& simOption
     return runSim(dir, simOptions, command, input);
 }
 
+SimRun runCorvelctl(const SimDir& dir, const std::vector<std::string>& simOptions, const std::vector<std::string>& args,
+                    const char* input)
+{
+    // corvelctl has no fixed waits: in real time, so that its deadlines
+    // (--timeout) do not pass 20 times faster on a busy machine.
+    std::vector<std::string> options = {"--speed", "1"};
+    options.insert(options.end(), simOptions.begin(), simOptions.end());
+    std::vector<std::string> command = {CORVELCTL_PATH};
+    command.insert(command.end(), args.begin(), args.end());
+    return runSim(dir, options, command, input);
+}
+
+std::vector<std::string> rawRequests(const SimRun& run)
+{
+    std::vector<std::string> raws;
+    for (const std::string& line : run.log) raws.push_back(logValue(line, "raw"));
+    return raws;
+}
+
+int runShell(const SimDir& dir, const std::string& command)
+{
+    const int status = std::system(("cd '" + dir.file("") + "' && { " + command + "; } >/dev/null 2>&1").c_str());
+    return WIFEXITED(status) ? WEXITSTATUS(status) : 128;
+}
+
 }  // namespace e2e

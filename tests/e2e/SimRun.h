@@ -60,5 +60,16 @@ SimRun runSim(const SimDir& dir, const std::vector<std::string>& simOptions, con
 // The same with corvelcfg and `args` as the command.
 SimRun runCorvelcfg(const SimDir& dir, const std::vector<std::string>& simOptions, const std::vector<std::string>& args,
                     const char* input = nullptr);
+// The same with corvelctl and `args` as the command, in real time ("--speed 1"
+// first among the options, so that a later "--speed N" wins).
+SimRun runCorvelctl(const SimDir& dir, const std::vector<std::string>& simOptions, const std::vector<std::string>& args,
+                    const char* input = nullptr);
+
+// The "raw" hex of each logged request, in order.
+std::vector<std::string> rawRequests(const SimRun& run);
+
+// Runs `command` with /bin/sh in `dir`, its output thrown away (openssl,
+// file set-up); the shell's exit status.
+int runShell(const SimDir& dir, const std::string& command);
 
 }  // namespace e2e
