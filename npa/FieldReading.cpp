@@ -27,12 +27,15 @@ FieldValue readField(NPAChannel& channel, Key key, bool plain)
     if (report.outcome != ExchangeReport::Outcome::Answered) {
         return field;
     }
-    // The inner answer packet keeps its header only in the bytes as received
-    // (a plain answer's own header is not part of the kept content).
-    const ValueSpan span = findReadValue(report.received, key);
+    // The answer as one packet: the kept content (whatever packets carried
+    // it) behind a start byte, a length and the flags. A wrapped answer holds
+    // the inner packet in its content; a plain one is that packet.
+    std::vector<uint8_t> whole = {kStartByte, 0, 0, kFlagsRequest};
+    whole.insert(whole.end(), report.content.begin(), report.content.end());
+    const ValueSpan span = findReadValue(whole, key);
     field.found = span.found;
     if (span.found) {
-        const auto begin = report.received.begin() + static_cast<std::ptrdiff_t>(span.offset);
+        const auto begin = whole.begin() + static_cast<std::ptrdiff_t>(span.offset);
         field.value.assign(begin, begin + static_cast<std::ptrdiff_t>(span.length));
     }
     return field;

@@ -9,14 +9,11 @@
 
 namespace {
 
-// The longest single wait: short enough to notice the deadline in time.
-constexpr long long kLongestWaitMs = 50;
-
-// The wait limit for the connector's unit, at most kLongestWaitMs and at
-// most what is left before the deadline (never 0: a zero wait would spin).
+// The wait limit in the connector's unit: at most the connector's longest
+// wait and what is left before the deadline (never 0: a zero wait would spin).
 int32_t waitLimit(const HCIOConnector& connector, const Deadline& deadline)
 {
-    const long long ms = std::clamp(deadline.remainingMs(), 1LL, kLongestWaitMs);
+    const long long ms = std::clamp(deadline.remainingMs(), 1LL, static_cast<long long>(connector.longestWaitMs()));
     const long long unit = std::max(connector.waitUnitMicroseconds(), 1);
     return static_cast<int32_t>(std::max(ms * 1000 / unit, 1LL));
 }
@@ -33,24 +30,27 @@ IoEnd HCUSBTransport::writeAll(const uint8_t* buffer, int32_t length, const Dead
         if (deadline.passed()) {
             return IoEnd::Deadline;
         }
+        m_Connector->boundWriteWaits(static_cast<int32_t>(std::min(deadline.remainingMs(), 1LL << 30)));
         const int32_t wrote = m_Connector->write(buffer + written, length - written);
         if (wrote > 0) {
             written += std::min(wrote, length - written);
             continue;
         }
-        if (wrote < 0) {
-            checkGone();
-            if (m_DeviceGone) {
-                return IoEnd::Gone;
-            }
-            if (m_Connector->getStatus() != static_cast<int32_t>(IoStatus::TryAgain)) {
-                m_LastError = m_Connector->getError() != 0 ? m_Connector->getError() : EIO;
-                return IoEnd::Failed;
-            }
+        // Nothing taken: a connector says why by its status (the libusb one
+        // returns the bytes it wrote, 0 too, when a transfer fails).
+        checkGone();
+        if (m_DeviceGone) {
+            return IoEnd::Gone;
+        }
+        const auto outcome = static_cast<IoStatus>(m_Connector->getStatus());
+        const bool failed =
+            wrote < 0 ? outcome != IoStatus::TryAgain : outcome == IoStatus::Failed || outcome == IoStatus::Unavailable;
+        if (failed) {
+            m_LastError = m_Connector->getError() != 0 ? m_Connector->getError() : EIO;
+            return IoEnd::Failed;
         }
         // Nothing taken now (a full node): wait until it takes more.
-        const IoStatus status = m_Connector->waitWritable(waitLimit(*m_Connector, deadline));
-        if (status == IoStatus::Gone) {
+        if (m_Connector->waitWritable(waitLimit(*m_Connector, deadline)) == IoStatus::Gone) {
             checkGone();
             return IoEnd::Gone;
         }

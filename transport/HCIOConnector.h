@@ -22,6 +22,12 @@ public:
     // The unit of the waits' time limits in microseconds (a device node's
     // select() takes microseconds, libusb milliseconds).
     virtual int32_t waitUnitMicroseconds() const { return 1000; }
+    // The longest single wait the answer-driven reads ask for, in
+    // milliseconds: short, so that the deadline is seen in time.
+    virtual int32_t longestWaitMs() const { return 50; }
+    // Bounds the time the next writes may wait for the printer to take data
+    // to `totalMs` in all (connectors whose writes never wait ignore it).
+    virtual void boundWriteWaits(int32_t totalMs) { (void)totalMs; }
 
     int32_t getStatus() const { return m_Status; }
     // The system's error number of the last call that failed with one, else 0.

@@ -33,7 +33,7 @@ const usb_interface_descriptor* settingOfClass(const usb_interface& interface, u
 }  // namespace
 
 LibUsbConnector::LibUsbConnector(uint8_t interfaceClass)
-    : m_Usb(Seam<UsbCalls>::get()), m_InterfaceClass(interfaceClass)
+    : m_Usb(Seam<UsbCalls>::get()), m_InterfaceClass(interfaceClass), m_WriteLimitMs(kWriteLimitMs)
 {
     m_Kind = 3;
     pthread_mutex_init(&m_WriteLock, nullptr);
@@ -172,6 +172,11 @@ int32_t LibUsbConnector::read(uint8_t* buffer, int32_t length)
     return length;
 }
 
+void LibUsbConnector::boundWriteWaits(int32_t totalMs)
+{
+    m_WriteLimitMs = std::clamp(totalMs / kWriteTries, 1, kWriteLimitMs);
+}
+
 int32_t LibUsbConnector::readArrived(uint8_t* buffer, int32_t length)
 {
     if (buffer == nullptr || length <= 0) return 0;
@@ -197,15 +202,15 @@ int32_t LibUsbConnector::write(const uint8_t* buffer, int32_t length)
     while (remaining > 0) {
         const int piece = remaining < pieceSize ? remaining : pieceSize;
         const char* next = reinterpret_cast<const char*>(buffer + (length - remaining));
-        const int sent = m_Usb.bulkWrite(m_Handle, m_OutEndpoint, next, piece, kWriteLimitMs);
+        const int sent = m_Usb.bulkWrite(m_Handle, m_OutEndpoint, next, piece, m_WriteLimitMs);
         // A piece that makes no progress (time limit passed, or nothing
         // taken) is sent again, a bounded number of times in a row.
         if (sent == kTimedOut || sent == 0) {
-            if (sent == kTimedOut) Seam<Clock>::get().waited(long(kWriteLimitMs) * 1000);
+            if (sent == kTimedOut) Seam<Clock>::get().waited(long(m_WriteLimitMs) * 1000);
             if (++fruitlessTries >= kWriteTries) {
                 traceF("D [CVL] USB write stopped: the printer took no data in %d tries of %d ms "
                        "(%d of %d bytes written).\n",
-                       kWriteTries, kWriteLimitMs, int(length - remaining), int(length));
+                       kWriteTries, m_WriteLimitMs, int(length - remaining), int(length));
                 record(IoStatus::Failed);
                 break;
             }

@@ -4,6 +4,7 @@
 
 #include <pthread.h>
 
+#include <climits>
 #include <cstdint>
 
 #include "transport/ByteFifo.h"
@@ -33,6 +34,12 @@ public:
     IoStatus waitWritable(int32_t timeLimit) override;
     // What the receive FIFO holds, up to `length`: read() would wait for the rest.
     int32_t readArrived(uint8_t* buffer, int32_t length) override;
+    // A bulk transfer cut short by its time limit loses what it was receiving
+    // (libusb-0.1 discards it), so a wait takes all the time left at once.
+    int32_t longestWaitMs() const override { return INT32_MAX; }
+    // Each of the kWriteTries of a piece then waits a third of `totalMs` at
+    // most (and never more than the usual 5 s).
+    void boundWriteWaits(int32_t totalMs) override;
 
     uint8_t interfaceClass() const { return m_InterfaceClass; }
     int32_t claimedInterface() const { return m_Interface; }
@@ -59,6 +66,7 @@ private:
     int32_t m_InEndpoint = 0;      // bulk IN address; 0 until found
     int32_t m_OutEndpoint = 0;     // bulk OUT address; 0 until found
     int32_t m_MaxPacketSize = 32;  // of the bulk IN endpoint; cuts writes too
+    int32_t m_WriteLimitMs;        // of one bulk write
     usb_dev_handle* m_Handle = nullptr;
     pthread_mutex_t m_WriteLock;  // held around write() and by close()
     pthread_mutex_t m_ReadLock;   // held around the bulk read and by close()

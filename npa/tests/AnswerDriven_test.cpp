@@ -146,12 +146,15 @@ TEST(AnswerDriven, SettingsAreJudgedByTheWholeAnswer)
 
 TEST(AnswerDriven, FieldValuesAreFoundInPlainAndWrappedAnswers)
 {
-    const std::string inner = "A5 00 0C 50 E0 D8 00 28 08 00 05 " + hexOf(std::vector<uint8_t>{'h', 'o', 'm', 'e', 0});
-    const std::string wrapped = "A5 00 14 50 E0 63 02 00 0F " + inner;
-    for (const std::string& answer : {inner, wrapped}) {
+    const std::string home = hexOf(std::vector<uint8_t>{'h', 'o', 'm', 'e', 0});
+    const std::string inner = "A5 00 0D 50 E0 D8 00 28 08 00 05 " + home;
+    const std::string wrapped = "A5 00 16 50 E0 63 02 00 10 " + inner;
+    // The same plain answer in two packets, the first announcing the second.
+    const std::string split = "A5 00 06 70 E0 D8 00 28 08 A5 00 08 50 00 05 " + home;
+    for (const std::string& answer : {inner, wrapped, split}) {
         AnswerDrivenChannel t;
         t.printer.addAnswer(answer);
-        const npa::FieldValue field = npa::readField(t.channel, npa::kSSID, answer == inner);
+        const npa::FieldValue field = npa::readField(t.channel, npa::kSSID, answer != wrapped);
         EXPECT_TRUE(field.found) << answer;
         EXPECT_EQ(npa::textOf(field.value), "home") << answer;
     }

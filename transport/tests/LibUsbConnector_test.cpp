@@ -43,10 +43,11 @@ public:
     int claimInterface(usb_dev_handle*, int) override { return 0; }
     int releaseInterface(usb_dev_handle*, int) override { return 0; }
     int close(usb_dev_handle*) override { return 0; }
-    int bulkWrite(usb_dev_handle*, int endpoint, const char* bytes, int size, int) override
+    int bulkWrite(usb_dev_handle*, int endpoint, const char* bytes, int size, int timeLimit) override
     {
         EXPECT_EQ(endpoint, 0x01);
         pieces.push_back(size);
+        timeLimits.push_back(timeLimit);
         int result = size;
         if (!writeResults.empty()) {
             result = writeResults.front();
@@ -61,6 +62,7 @@ public:
     void announceInPacketSize(uint16_t size) { m_Endpoints[1].wMaxPacketSize = size; }
 
     std::vector<int> pieces;
+    std::vector<int> timeLimits;   // of each bulk write, in milliseconds
     std::deque<int> writeResults;  // one per bulk write; the piece's size once empty
     std::string received;
     int clearedHalts = 0;
@@ -121,6 +123,23 @@ TEST(LibUsbWrite, SendsPiecesOfThePacketSizeWithinTheTryBound)
                            ? "D [CVL] USB write stopped: the printer took no data in 3 tries of 5000 ms "
                              "(64 of 100 bytes written).\n"
                            : "");
+    }
+}
+
+// A write bounded by a deadline: a printer that takes nothing costs the
+// three tries a third of the time left each, not 5 s each.
+TEST(LibUsbWrite, WaitsWithinTheBoundItWasGiven)
+{
+    for (const auto& [bound, limit] : {std::pair{600, 200}, {60000, 5000}, {2, 1}}) {
+        FakeUsb usb;
+        Seam<UsbCalls>::Override installed(usb);
+        LibUsbConnector connector(7);
+        ASSERT_EQ(connector.openDevice(3, 7), 0);
+        usb.writeResults = {kTimedOut, kTimedOut, kTimedOut};
+        connector.boundWriteWaits(bound);
+        const uint8_t bytes[4] = {1, 2, 3, 4};
+        EXPECT_EQ(connector.write(bytes, 4), 0);
+        EXPECT_EQ(usb.timeLimits, std::vector<int>(3, limit)) << bound;
     }
 }
 
