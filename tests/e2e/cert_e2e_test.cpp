@@ -38,22 +38,26 @@ void makeCA(const SimDir& dir, const std::string& name = "ca")
 
 // The README's walk from factory settings to an authenticated 802.1x network,
 // run as written: what it prints must be its "#> " lines.
-TEST(CertificateWorkflow, ReadmeWalkPrintsWhatTheReadmeSays)
+// Each walk-through of the README, run as written with the programs under
+// test first on the PATH (as if installed), prints its "#> " lines.
+TEST(ReadmeWalks, PrintWhatTheReadmeSays)
 {
-    SimDir dir;
     const std::string source = PROJECT_SOURCE_DIR;
-    ASSERT_EQ(shell(dir, "'" + source + "/scripts/readme-walk.sh' '" + source +
-                             "/README.md' > walk.sh && sed -n 's/^#> //p' walk.sh > expected.txt"),
-              0);
-    const std::string expected = dir.read("expected.txt");
-    ASSERT_FALSE(expected.empty()) << "no walk found in the README";
-    // The programs under test come first on the PATH, as if installed.
-    const std::string programs = std::filesystem::path(CORVELCFG_PATH).parent_path().string() + ":" +
+    const std::string programs = std::filesystem::path(CORVELCTL_PATH).parent_path().string() + ":" +
+                                 std::filesystem::path(CORVELCFG_PATH).parent_path().string() + ":" +
                                  std::filesystem::path(CORVELSIM_PATH).parent_path().string();
-    SimRun walk = runCommand(dir, {"/bin/bash", "-c", "PATH=" + programs + ":$PATH exec bash walk.sh"});
-    ASSERT_FALSE(walk.timedOut);
-    EXPECT_EQ(walk.out, expected) << walk.err;
-    EXPECT_EQ(walk.status, 0) << walk.err;
+    for (const char* section : {"802.1x with certificates, step by step", "corvelctl, step by step"}) {
+        SimDir dir;
+        ASSERT_EQ(shell(dir, "'" + source + "/scripts/readme-walk.sh' '" + source + "/README.md' '" + section +
+                                 "' > walk.sh && sed -n 's/^#> //p' walk.sh > expected.txt"),
+                  0);
+        const std::string expected = dir.read("expected.txt");
+        ASSERT_FALSE(expected.empty()) << "no walk found in the README: " << section;
+        SimRun walk = runCommand(dir, {"/bin/bash", "-c", "PATH=" + programs + ":$PATH exec bash walk.sh"});
+        ASSERT_FALSE(walk.timedOut) << section;
+        EXPECT_EQ(walk.out, expected) << section << "\n" << walk.err;
+        EXPECT_EQ(walk.status, 0) << section << "\n" << walk.err;
+    }
 }
 
 TEST(Certificates, CreateRequestGeneratesThenExportsAndFailsWithoutExport)

@@ -288,10 +288,12 @@ TEST_P(CtlCommands, CertInstallCaTwiceThenTheSignedCertificate)
     const json installed = jsonOf(first);
     EXPECT_EQ(installed["file"], "ca.pem") << first.out;
     EXPECT_EQ(installed["installed"], true);
+    EXPECT_EQ(installed["replaced"], false);
     EXPECT_EQ(methods(first), (std::vector<std::string>{"queryCAList", "uploadNewCAFile"}));
 
     const SimRun second = ctl({"cert", "install-ca", "ca.pem"});
     expectSuccess(second, "install-ca again");
+    EXPECT_EQ(jsonOf(second)["replaced"], true) << second.out;
     EXPECT_EQ(methods(second), (std::vector<std::string>{"queryCAList", "deleteIndividualCA", "uploadNewCAFile"}));
     EXPECT_EQ(occurrences(dir.read("state.txt"), "ca.1.common_name=\"R&D <Lab> \\\"CA\\\"\""), 1);
     EXPECT_EQ(occurrences(dir.read("state.txt"), "common_name="), 1) << "replaced, not added";
