@@ -40,15 +40,17 @@ public:
         std::string pattern = folder + "/." + baseNameOf(path) + ".XXXXXX";
         std::vector<char> name(pattern.begin(), pattern.end());
         name.push_back('\0');
-        fd_ = mkostemp(name.data(), O_CLOEXEC);
-        if (fd_ < 0) throw Failure(ExitStatus::CannotCreate, "cannot create a file in " + folder + ": " + reasonText());
-        path_ = name.data();
+        m_Fd = mkostemp(name.data(), O_CLOEXEC);
+        if (m_Fd < 0) {
+            throw Failure(ExitStatus::CannotCreate, "cannot create a file in " + folder + ": " + reasonText());
+        }
+        m_Path = name.data();
     }
 
     ~TemporaryFile()
     {
-        if (fd_ >= 0) close(fd_);
-        if (!kept_) unlink(path_.c_str());
+        if (m_Fd >= 0) close(m_Fd);
+        if (!m_Kept) unlink(m_Path.c_str());
     }
 
     TemporaryFile(const TemporaryFile&) = delete;
@@ -59,26 +61,26 @@ public:
     {
         const mode_t mask = umask(0);
         umask(mask);
-        if (fchmod(fd_, 0644 & ~mask) != 0) return false;
+        if (fchmod(m_Fd, 0644 & ~mask) != 0) return false;
         while (!content.empty()) {
-            const ssize_t count = write(fd_, content.data(), content.size());
+            const ssize_t count = write(m_Fd, content.data(), content.size());
             if (count < 0 && errno == EINTR) continue;
             if (count < 0) return false;
             content.remove_prefix(static_cast<std::size_t>(count));
         }
-        if (fsync(fd_) != 0) return false;
-        const int fd = fd_;
-        fd_ = -1;
+        if (fsync(m_Fd) != 0) return false;
+        const int fd = m_Fd;
+        m_Fd = -1;
         return close(fd) == 0;
     }
 
-    const std::string& path() const { return path_; }
-    void keep() { kept_ = true; }
+    const std::string& path() const { return m_Path; }
+    void keep() { m_Kept = true; }
 
 private:
-    int fd_ = -1;
-    std::string path_;
-    bool kept_ = false;
+    int m_Fd = -1;
+    std::string m_Path;
+    bool m_Kept = false;
 };
 
 Failure existsWithoutForce(const std::string& path)

@@ -154,13 +154,13 @@ struct RawCommandLine {
 
 class TokenReader {
 public:
-    TokenReader(int argc, const char* const* argv) : tokens_(argv + 1, argv + (argc > 0 ? argc : 1)) {}
+    TokenReader(int argc, const char* const* argv) : m_Tokens(argv + 1, argv + (argc > 0 ? argc : 1)) {}
 
     RawCommandLine read()
     {
         bool optionsEnded = false;
-        for (index_ = 0; index_ < tokens_.size(); ++index_) {
-            const std::string& token = tokens_[index_];
+        for (m_Index = 0; m_Index < m_Tokens.size(); ++m_Index) {
+            const std::string& token = m_Tokens[m_Index];
             if (optionsEnded) {
                 operand(token);
             } else if (token == "--") {
@@ -173,49 +173,49 @@ public:
                 operand(token);
             }
         }
-        if (raw_.certWithoutSubcommand) {
+        if (m_Raw.certWithoutSubcommand) {
             throw usage(std::string("cert needs a subcommand: ") + kCertSubcommandList);
         }
-        if (!raw_.command) throw usage(std::string("no command given; the commands are ") + kCommandList);
-        return raw_;
+        if (!m_Raw.command) throw usage(std::string("no command given; the commands are ") + kCommandList);
+        return m_Raw;
     }
 
 private:
     void operand(const std::string& token)
     {
-        if (raw_.certWithoutSubcommand) {
+        if (m_Raw.certWithoutSubcommand) {
             const auto* sub = find(kCertSubcommands, token);
             if (sub == nullptr) {
                 throw usage("unknown cert subcommand " + quoted(token) + "; the subcommands are " +
                             kCertSubcommandList);
             }
-            raw_.command = sub->value;
-            raw_.certWithoutSubcommand = false;
+            m_Raw.command = sub->value;
+            m_Raw.certWithoutSubcommand = false;
             return;
         }
-        if (raw_.command) {
-            raw_.operands.push_back(token);
+        if (m_Raw.command) {
+            m_Raw.operands.push_back(token);
             return;
         }
         if (token == "cert") {
-            raw_.certWithoutSubcommand = true;
+            m_Raw.certWithoutSubcommand = true;
             return;
         }
         const auto* command = find(kCommands, token);
         if (command == nullptr) {
             throw usage("unknown command " + quoted(token) + "; the commands are " + kCommandList);
         }
-        raw_.command = command->value;
+        m_Raw.command = command->value;
     }
 
     void checkScope(const OptionSpec& option, const std::string& shown)
     {
         if (option.scope == Scope::Global) return;
-        if (!raw_.command) {
+        if (!m_Raw.command) {
             throw usage(shown + " is an option of " + scopeCommand(option.scope) + "; give it after the command");
         }
-        if (scopeOf(*raw_.command) != option.scope) {
-            throw usage(shown + " is not an option of " + commandName(*raw_.command) + " (it belongs to " +
+        if (scopeOf(*m_Raw.command) != option.scope) {
+            throw usage(shown + " is not an option of " + commandName(*m_Raw.command) + " (it belongs to " +
                         scopeCommand(option.scope) + ")");
         }
     }
@@ -223,16 +223,16 @@ private:
     void setFlag(const OptionSpec& option, const std::string& shown)
     {
         if (option.shortName == 'v') {
-            if (++raw_.verbosity > 2) throw usage("-v given more than twice; -vv is the most trace there is");
+            if (++m_Raw.verbosity > 2) throw usage("-v given more than twice; -vv is the most trace there is");
             return;
         }
         if (option.shortName == 'h') return;  // handled before reading
-        if (!raw_.flags.insert(option.name).second) throw usage(shown + " given twice");
+        if (!m_Raw.flags.insert(option.name).second) throw usage(shown + " given twice");
     }
 
     void setValue(const OptionSpec& option, std::string value)
     {
-        if (!raw_.values.emplace(option.name, std::move(value)).second) {
+        if (!m_Raw.values.emplace(option.name, std::move(value)).second) {
             throw usage("--" + std::string(option.name) + " given twice");
         }
     }
@@ -252,9 +252,9 @@ private:
             setFlag(*option, shown);
             return;
         case Takes::AttachedValueOnly:
-            if (attached && raw_.flags.count(option->name) == 0) {
+            if (attached && m_Raw.flags.count(option->name) == 0) {
                 setValue(*option, token.substr(equals + 1));
-            } else if (attached || !raw_.flags.insert(option->name).second || raw_.values.count(option->name) != 0) {
+            } else if (attached || !m_Raw.flags.insert(option->name).second || m_Raw.values.count(option->name) != 0) {
                 throw usage(shown + " given twice");
             }
             return;
@@ -263,13 +263,13 @@ private:
                 setValue(*option, token.substr(equals + 1));
                 return;
             }
-            if (index_ + 1 >= tokens_.size()) throw usage(shown + " needs a value");
-            const std::string& next = tokens_[index_ + 1];
+            if (m_Index + 1 >= m_Tokens.size()) throw usage(shown + " needs a value");
+            const std::string& next = m_Tokens[m_Index + 1];
             // A forgotten value must not swallow the next option.
             if (next.size() > 1 && next[0] == '-') {
                 throw usage(shown + " needs a value (one that starts with '-' is written " + shown + "=VALUE)");
             }
-            ++index_;
+            ++m_Index;
             setValue(*option, next);
             return;
         }
@@ -288,9 +288,9 @@ private:
         }
     }
 
-    std::vector<std::string> tokens_;
-    std::size_t index_ = 0;
-    RawCommandLine raw_;
+    std::vector<std::string> m_Tokens;
+    std::size_t m_Index = 0;
+    RawCommandLine m_Raw;
 };
 
 // ---- values ----
@@ -391,37 +391,37 @@ std::vector<EapMethod> eapOption(const std::string& text)
 
 class InvocationBuilder {
 public:
-    explicit InvocationBuilder(RawCommandLine raw) : raw_(std::move(raw)) {}
+    explicit InvocationBuilder(RawCommandLine raw) : m_Raw(std::move(raw)) {}
 
     Invocation build()
     {
-        invocation_.command = *raw_.command;
+        m_Invocation.command = *m_Raw.command;
         readGlobalOptions();
-        switch (invocation_.command) {
+        switch (m_Invocation.command) {
         case Command::Wifi: readWifiOptions(); break;
         case Command::CertRequest: readCertRequestOptions(); break;
         case Command::CertInstallCa:
         case Command::CertInstall: readCertificateFile(); break;
         default: break;
         }
-        if (!raw_.operands.empty()) {
-            const std::string& extra = raw_.operands.front();
+        if (!m_Raw.operands.empty()) {
+            const std::string& extra = m_Raw.operands.front();
             std::string hint;
             if (has("wait") && !value("wait") && decimal(extra, 0, 1 << 30)) {
                 hint = " (a value of --wait is written --wait=SECONDS)";
             }
-            throw usage("unexpected argument " + quoted(extra) + " after " + commandName(invocation_.command) + hint);
+            throw usage("unexpected argument " + quoted(extra) + " after " + commandName(m_Invocation.command) + hint);
         }
-        return invocation_;
+        return m_Invocation;
     }
 
 private:
-    bool has(const char* name) const { return raw_.flags.count(name) != 0 || raw_.values.count(name) != 0; }
+    bool has(const char* name) const { return m_Raw.flags.count(name) != 0 || m_Raw.values.count(name) != 0; }
 
     std::optional<std::string> value(const char* name) const
     {
-        const auto found = raw_.values.find(name);
-        if (found == raw_.values.end()) return std::nullopt;
+        const auto found = m_Raw.values.find(name);
+        if (found == m_Raw.values.end()) return std::nullopt;
         return found->second;
     }
 
@@ -429,19 +429,19 @@ private:
     {
         const auto text = value(name);
         if (!text) {
-            throw usage(std::string(commandName(invocation_.command)) + " needs --" + name + " " + placeholder);
+            throw usage(std::string(commandName(m_Invocation.command)) + " needs --" + name + " " + placeholder);
         }
         return *text;
     }
 
     void readGlobalOptions()
     {
-        GlobalOptions& global = invocation_.global;
+        GlobalOptions& global = m_Invocation.global;
         global.json = has("json");
-        global.verbosity = raw_.verbosity;
+        global.verbosity = m_Raw.verbosity;
         if (const auto timeout = value("timeout")) global.timeout = timeoutOption(*timeout);
         if (const auto printer = value("printer")) {
-            if (invocation_.command == Command::List) {
+            if (m_Invocation.command == Command::List) {
                 throw usage("list shows every printer; --printer selects one for the other commands");
             }
             global.printer = parsePrinterSelector(*printer);
@@ -455,7 +455,7 @@ private:
 
     void readWifiOptions()
     {
-        WifiOptions& wifi = invocation_.wifi;
+        WifiOptions& wifi = m_Invocation.wifi;
         wifi.ssid = required("ssid", "SSID");
         checkLength("ssid", wifi.ssid, 32);
         const auto security = value("security");
@@ -478,7 +478,7 @@ private:
 
     void readEncryption()
     {
-        WifiOptions& wifi = invocation_.wifi;
+        WifiOptions& wifi = m_Invocation.wifi;
         const auto text = value("encryption");
         const bool isWpa = wifi.security == Security::WpaWpa2Psk || wifi.security == Security::Wpa2Psk;
         if (!isWpa && wifi.security != Security::Ieee8021x) {
@@ -498,7 +498,7 @@ private:
 
     void readWep()
     {
-        WifiOptions& wifi = invocation_.wifi;
+        WifiOptions& wifi = m_Invocation.wifi;
         const bool isWep = wifi.security == Security::WepOpen || wifi.security == Security::WepShared;
         refuseUnless(isWep, "wep-tx-key", "--security wep-open and wep-shared");
         if (const auto key = value("wep-tx-key")) wifi.wepTransmitKey = integerOption("wep-tx-key", *key, 1, 4);
@@ -506,7 +506,7 @@ private:
 
     void read8021x()
     {
-        WifiOptions& wifi = invocation_.wifi;
+        WifiOptions& wifi = m_Invocation.wifi;
         const bool is8021x = wifi.security == Security::Ieee8021x;
         for (const char* name : {"eap", "inner", "user"}) refuseUnless(is8021x, name, "--security 802.1x");
         if (!is8021x) return;
@@ -527,7 +527,7 @@ private:
 
     void readSecretSource()
     {
-        WifiOptions& wifi = invocation_.wifi;
+        WifiOptions& wifi = m_Invocation.wifi;
         const auto file = value("passphrase-file");
         const bool fromStdin = has("passphrase-stdin");
         refuseUnless(file.has_value(), "allow-shared-file", "--passphrase-file");
@@ -548,7 +548,7 @@ private:
 
     void readCertRequestOptions()
     {
-        CertRequestOptions& request = invocation_.certRequest;
+        CertRequestOptions& request = m_Invocation.certRequest;
         request.outFile = required("out", "FILE");
         if (request.outFile.empty()) throw usage("--out needs a file name");
         request.force = has("force");
@@ -582,16 +582,16 @@ private:
 
     void readCertificateFile()
     {
-        if (raw_.operands.empty()) {
-            throw usage(std::string(commandName(invocation_.command)) + " needs the certificate FILE");
+        if (m_Raw.operands.empty()) {
+            throw usage(std::string(commandName(m_Invocation.command)) + " needs the certificate FILE");
         }
-        invocation_.certFile = raw_.operands.front();
-        raw_.operands.erase(raw_.operands.begin());
-        if (invocation_.certFile.empty()) throw usage("the certificate FILE name is empty");
+        m_Invocation.certFile = m_Raw.operands.front();
+        m_Raw.operands.erase(m_Raw.operands.begin());
+        if (m_Invocation.certFile.empty()) throw usage("the certificate FILE name is empty");
     }
 
-    RawCommandLine raw_;
-    Invocation invocation_;
+    RawCommandLine m_Raw;
+    Invocation m_Invocation;
 };
 
 // ---- help and version, which win over any mistake ----

@@ -15,14 +15,14 @@ namespace corvelctl {
 // the front end and by the printer commands.
 class Failure : public std::exception {
 public:
-    Failure(ExitStatus status, std::string message) : status_(status), message_(std::move(message)) {}
-    ExitStatus status() const { return status_; }
-    const std::string& message() const { return message_; }
-    const char* what() const noexcept override { return message_.c_str(); }
+    Failure(ExitStatus status, std::string message) : m_Status(status), m_Message(std::move(message)) {}
+    ExitStatus status() const { return m_Status; }
+    const std::string& message() const { return m_Message; }
+    const char* what() const noexcept override { return m_Message.c_str(); }
 
 private:
-    ExitStatus status_;
-    std::string message_;
+    ExitStatus m_Status;
+    std::string m_Message;
 };
 
 // Writes "corvelctl: MESSAGE" on `err` and, when `json`, the object

@@ -82,27 +82,27 @@ void appendJsonString(std::string& out, std::string_view text)
 
 void JsonWriter::beforeValue()
 {
-    if (afterKey_) {
-        afterKey_ = false;
+    if (m_AfterKey) {
+        m_AfterKey = false;
         return;
     }
-    if (!hasItem_.empty()) {
-        if (hasItem_.back()) text_ += ", ";
-        hasItem_.back() = true;
+    if (!m_HasItem.empty()) {
+        if (m_HasItem.back()) m_Text += ", ";
+        m_HasItem.back() = true;
     }
 }
 
 void JsonWriter::open(char bracket)
 {
     beforeValue();
-    text_ += bracket;
-    hasItem_.push_back(false);
+    m_Text += bracket;
+    m_HasItem.push_back(false);
 }
 
 void JsonWriter::close(char bracket)
 {
-    hasItem_.pop_back();
-    text_ += bracket;
+    m_HasItem.pop_back();
+    m_Text += bracket;
 }
 
 void JsonWriter::beginObject() { open('{'); }
@@ -113,33 +113,33 @@ void JsonWriter::endArray() { close(']'); }
 void JsonWriter::key(std::string_view name)
 {
     beforeValue();
-    appendJsonString(text_, name);
-    text_ += ": ";
-    afterKey_ = true;
+    appendJsonString(m_Text, name);
+    m_Text += ": ";
+    m_AfterKey = true;
 }
 
 void JsonWriter::string(std::string_view value)
 {
     beforeValue();
-    appendJsonString(text_, value);
+    appendJsonString(m_Text, value);
 }
 
 void JsonWriter::integer(long long value)
 {
     beforeValue();
-    text_ += std::to_string(value);
+    m_Text += std::to_string(value);
 }
 
 void JsonWriter::boolean(bool value)
 {
     beforeValue();
-    text_ += value ? "true" : "false";
+    m_Text += value ? "true" : "false";
 }
 
 void JsonWriter::null()
 {
     beforeValue();
-    text_ += "null";
+    m_Text += "null";
 }
 
 }  // namespace corvelctl

@@ -28,17 +28,17 @@ public:
     void boolean(bool value);
     void null();
 
-    const std::string& text() const { return text_; }
+    const std::string& text() const { return m_Text; }
 
 private:
     void beforeValue();
     void open(char bracket);
     void close(char bracket);
 
-    std::string text_;
+    std::string m_Text;
     // One entry per open object or array: whether it has an item yet.
-    std::vector<bool> hasItem_;
-    bool afterKey_ = false;
+    std::vector<bool> m_HasItem;
+    bool m_AfterKey = false;
 };
 
 }  // namespace corvelctl

@@ -102,7 +102,7 @@ Report& Report::addText(std::string key, std::string value)
     field.key = std::move(key);
     field.kind = Field::Kind::Text;
     field.text = std::move(value);
-    fields_.push_back(std::move(field));
+    m_Fields.push_back(std::move(field));
     return *this;
 }
 
@@ -115,7 +115,7 @@ Report& Report::addNull(std::string key)
 {
     Field field;
     field.key = std::move(key);
-    fields_.push_back(std::move(field));
+    m_Fields.push_back(std::move(field));
     return *this;
 }
 
@@ -125,7 +125,7 @@ Report& Report::addInteger(std::string key, long long value)
     field.key = std::move(key);
     field.kind = Field::Kind::Integer;
     field.integer = value;
-    fields_.push_back(std::move(field));
+    m_Fields.push_back(std::move(field));
     return *this;
 }
 
@@ -135,7 +135,7 @@ Report& Report::addBool(std::string key, bool value)
     field.key = std::move(key);
     field.kind = Field::Kind::Bool;
     field.flag = value;
-    fields_.push_back(std::move(field));
+    m_Fields.push_back(std::move(field));
     return *this;
 }
 
@@ -145,7 +145,7 @@ Report& Report::addObject(std::string key, Report object)
     field.key = std::move(key);
     field.kind = Field::Kind::Object;
     field.children.push_back(std::move(object));
-    fields_.push_back(std::move(field));
+    m_Fields.push_back(std::move(field));
     return *this;
 }
 
@@ -155,13 +155,13 @@ Report& Report::addList(std::string key, std::vector<Report> items)
     field.key = std::move(key);
     field.kind = Field::Kind::List;
     field.children = std::move(items);
-    fields_.push_back(std::move(field));
+    m_Fields.push_back(std::move(field));
     return *this;
 }
 
 Report& Report::humanText(std::string text)
 {
-    if (!fields_.empty()) fields_.back().human = std::move(text);
+    if (!m_Fields.empty()) m_Fields.back().human = std::move(text);
     return *this;
 }
 

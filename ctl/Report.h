@@ -27,7 +27,7 @@ public:
     // example "2 (authenticated)" for an object, or "joined" for a bool).
     Report& humanText(std::string text);
 
-    const std::vector<Field>& fields() const { return fields_; }
+    const std::vector<Field>& fields() const { return m_Fields; }
 
     // Human form: one "key: value" line per field, the values aligned one
     // column after the longest key's colon. Text is printed as it is; a null
@@ -40,7 +40,7 @@ public:
     std::string renderJson() const;
 
 private:
-    std::vector<Field> fields_;
+    std::vector<Field> m_Fields;
 };
 
 struct Report::Field {

@@ -5,25 +5,25 @@
 
 namespace corvelctl {
 
-Secret::Secret(std::string_view bytes) : size_(bytes.size())
+Secret::Secret(std::string_view bytes) : m_Size(bytes.size())
 {
-    if (size_ == 0) return;
-    bytes_ = new char[size_];
-    std::memcpy(bytes_, bytes.data(), size_);
+    if (m_Size == 0) return;
+    m_Bytes = new char[m_Size];
+    std::memcpy(m_Bytes, bytes.data(), m_Size);
 }
 
 Secret::~Secret() { wipe(); }
 
 Secret::Secret(Secret&& other) noexcept
-    : bytes_(std::exchange(other.bytes_, nullptr)), size_(std::exchange(other.size_, 0))
+    : m_Bytes(std::exchange(other.m_Bytes, nullptr)), m_Size(std::exchange(other.m_Size, 0))
 {}
 
 Secret& Secret::operator=(Secret&& other) noexcept
 {
     if (this != &other) {
         wipe();
-        bytes_ = std::exchange(other.bytes_, nullptr);
-        size_ = std::exchange(other.size_, 0);
+        m_Bytes = std::exchange(other.m_Bytes, nullptr);
+        m_Size = std::exchange(other.m_Size, 0);
     }
     return *this;
 }
@@ -31,10 +31,10 @@ Secret& Secret::operator=(Secret&& other) noexcept
 void Secret::wipe()
 {
     // explicit_bzero is not optimised away even though the memory is freed next.
-    if (bytes_ != nullptr) explicit_bzero(bytes_, size_);
-    delete[] bytes_;
-    bytes_ = nullptr;
-    size_ = 0;
+    if (m_Bytes != nullptr) explicit_bzero(m_Bytes, m_Size);
+    delete[] m_Bytes;
+    m_Bytes = nullptr;
+    m_Size = 0;
 }
 
 }  // namespace corvelctl

@@ -19,15 +19,15 @@ public:
     Secret& operator=(const Secret&) = delete;
 
     // The bytes, for the one place that sends them to the printer.
-    std::string_view reveal() const { return {bytes_, size_}; }
-    std::size_t size() const { return size_; }
-    bool empty() const { return size_ == 0; }
+    std::string_view reveal() const { return {m_Bytes, m_Size}; }
+    std::size_t size() const { return m_Size; }
+    bool empty() const { return m_Size == 0; }
 
 private:
     void wipe();
 
-    char* bytes_ = nullptr;
-    std::size_t size_ = 0;
+    char* m_Bytes = nullptr;
+    std::size_t m_Size = 0;
 };
 
 }  // namespace corvelctl

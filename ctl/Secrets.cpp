@@ -18,17 +18,17 @@ namespace {
 // Closes a descriptor at the end of its scope.
 class Descriptor {
 public:
-    explicit Descriptor(int fd) : fd_(fd) {}
+    explicit Descriptor(int fd) : m_Fd(fd) {}
     ~Descriptor()
     {
-        if (fd_ >= 0) close(fd_);
+        if (m_Fd >= 0) close(m_Fd);
     }
     Descriptor(const Descriptor&) = delete;
     Descriptor& operator=(const Descriptor&) = delete;
-    int get() const { return fd_; }
+    int get() const { return m_Fd; }
 
 private:
-    int fd_;
+    int m_Fd;
 };
 
 // A stack buffer for reading that is wiped whatever happens.
