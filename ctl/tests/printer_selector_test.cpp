@@ -35,44 +35,37 @@ TEST(PrinterDiscovery, MergesNodesIntoTheirDevicesInBusDeviceOrder)
     const UsbDeviceEntry libusbOnly = usbDevice("/sys/devices/c", "2", "3");
     const std::vector<LpNodeEntry> nodes{
         {"/dev/usb/lp10", laser}, {"/dev/usb/lp2", laser}, {"/dev/usb/lp1", inkjet}, {"/dev/usb/lp7", std::nullopt}};
-    const std::vector<PrinterRecord> printers = mergePrinterEntries(nodes, {libusbOnly, laser, inkjet});
-    ASSERT_EQ(printers.size(), 4u);
-    EXPECT_EQ(printers[0].busDevice(), "001:004");
-    EXPECT_EQ(printers[0].nodes, std::vector<std::string>{"/dev/usb/lp1"});
-    EXPECT_EQ(printers[1].busDevice(), "001:012");
-    EXPECT_EQ(printers[1].nodes, (std::vector<std::string>{"/dev/usb/lp2", "/dev/usb/lp10"}));
-    EXPECT_EQ(printers[1].serial, "S12");
-    EXPECT_EQ(printers[1].product, "Laser 12");
-    EXPECT_EQ(printers[2].busDevice(), "002:003");
-    EXPECT_TRUE(printers[2].nodes.empty());
-    EXPECT_EQ(printers[3].busDevice(), "") << "a node without its device comes last";
-    EXPECT_EQ(printers[3].nodes, std::vector<std::string>{"/dev/usb/lp7"});
+    std::vector<std::string> merged;
+    for (const PrinterRecord& printer : mergePrinterEntries(nodes, {libusbOnly, laser, inkjet})) {
+        merged.push_back(printer.busDevice() + " " + printer.product.value_or("-") + " " +
+                         printer.serial.value_or("-"));
+        for (const std::string& node : printer.nodes) merged.back() += " " + node;
+    }
+    // A node without its device comes last.
+    EXPECT_EQ(merged, (std::vector<std::string>{"001:004 Laser 4 - /dev/usb/lp1",
+                                                "001:012 Laser 12 S12 /dev/usb/lp2 /dev/usb/lp10", "002:003 Laser 3 -",
+                                                " - - /dev/usb/lp7"}));
 }
 
 TEST(PrinterSelector, ReadsEachForm)
 {
     const struct {
         const char* text;
-        PrinterSelector::Kind kind;
-        std::string node;
-        int bus, device;
-        std::string serial;
+        std::string read;  // kind, node, bus:device, serial
     } cases[] = {
-        {"/dev/usb/lp0", PrinterSelector::Kind::Node, "/dev/usb/lp0", 0, 0, ""},
-        {"lp12", PrinterSelector::Kind::Node, "/dev/usb/lp12", 0, 0, ""},
-        {"1:4", PrinterSelector::Kind::BusDevice, "", 1, 4, ""},
-        {"001:004", PrinterSelector::Kind::BusDevice, "", 1, 4, ""},
-        {"0003:127", PrinterSelector::Kind::BusDevice, "", 3, 127, ""},
-        {"serial:AB:12", PrinterSelector::Kind::Serial, "", 0, 0, "AB:12"},
+        {"/dev/usb/lp0", "0 /dev/usb/lp0 0:0 "},
+        {"lp12", "0 /dev/usb/lp12 0:0 "},
+        {"1:4", "1  1:4 "},
+        {"001:004", "1  1:4 "},
+        {"0003:127", "1  3:127 "},
+        {"serial:AB:12", "2  0:0 AB:12"},
     };
     for (const auto& c : cases) {
-        const PrinterSelector selector = parsePrinterSelector(c.text);
-        EXPECT_EQ(selector.kind, c.kind) << c.text;
-        EXPECT_EQ(selector.node, c.node) << c.text;
-        EXPECT_EQ(selector.bus, c.bus) << c.text;
-        EXPECT_EQ(selector.device, c.device) << c.text;
-        EXPECT_EQ(selector.serial, c.serial) << c.text;
-        EXPECT_EQ(selector.given, c.text);
+        const PrinterSelector s = parsePrinterSelector(c.text);
+        EXPECT_EQ(std::to_string(int(s.kind)) + " " + s.node + " " + std::to_string(s.bus) + ":" +
+                      std::to_string(s.device) + " " + s.serial,
+                  c.read);
+        EXPECT_EQ(s.given, c.text);
     }
     for (const char* bad : {"", "lp", "lpx", "/dev/usb/lp", "/dev/lp0", "0:4", "1:0", "1:", ":4", "1:4:5", "-1:4",
                             "1:1000", "+1:4", "serial:", "usb:1:4", "lp0 "}) {
@@ -124,42 +117,41 @@ TEST(PrinterSelector, ResolvesToTheNodeElseTheBusDevice)
     const std::vector<PrinterRecord> printers = attached();
     const std::string listing =
         "attached: /dev/usb/lp0 (001:004, Acme Laser 5, serial X1); 003:002 (1234:abcd, serial Y2)";
-    const struct {
-        const char* selector;
-        std::string expected;
-    } cases[] = {
-        {"lp0", "/dev/usb/lp0"},
-        {"/dev/usb/lp0", "/dev/usb/lp0"},
-        {"1:4", "/dev/usb/lp0"},
-        {"serial:X1", "/dev/usb/lp0"},
-        {"003:002", "003:002"},
-        {"serial:Y2", "003:002"},
-        {"lp1", "exit 69: no attached printer matches --printer lp1; " + listing},
-        {"1:2", "exit 69: no attached printer matches --printer 1:2; " + listing},
-        {"serial:x1", "exit 69: no attached printer matches --printer serial:x1; " + listing},
-        {nullptr, "exit 69: 2 printers are attached; choose one with --printer; " + listing},
-    };
-    for (const auto& c : cases) {
-        EXPECT_EQ(resolved(c.selector, printers), c.expected) << (c.selector ? c.selector : "(none)");
-    }
-    EXPECT_EQ(resolved(nullptr, {printers[1]}), "003:002");
-    EXPECT_EQ(resolved(nullptr, {}), "exit 69: no printer is attached");
-    EXPECT_EQ(resolved("lp0", {}), "exit 69: no printer is attached");
-
     std::vector<PrinterRecord> sameSerial = printers;
     sameSerial[1].serial = "X1";
-    EXPECT_EQ(resolved("serial:X1", sameSerial).rfind("exit 69: 2 printers match --printer serial:X1; attached: ", 0),
-              0u);
-}
-
-TEST(PrinterSelector, TakesANodeSysfsDoesNotKnowWhenItExists)
-{
     const auto onlyLp5 = [](const std::string& path) { return path == "/dev/usb/lp5"; };
-    EXPECT_EQ(resolved("lp5", attached(), +onlyLp5), "/dev/usb/lp5");
-    EXPECT_EQ(resolved("/dev/usb/lp5", {}, +onlyLp5), "/dev/usb/lp5");
-    EXPECT_EQ(resolved("lp6", {}, +onlyLp5), "exit 69: no printer is attached");
-    // Only a node: a bus:device or serial the list does not hold is not guessed at.
-    EXPECT_EQ(resolved("1:9", {}, [](const std::string&) { return true; }), "exit 69: no printer is attached");
+    const auto everyNode = [](const std::string&) { return true; };
+    const struct {
+        const char* selector;
+        std::vector<PrinterRecord> printers;
+        std::string expected;
+        bool (*isCharacterDevice)(const std::string&) = noNodes;
+    } cases[] = {
+        {"lp0", printers, "/dev/usb/lp0"},
+        {"/dev/usb/lp0", printers, "/dev/usb/lp0"},
+        {"1:4", printers, "/dev/usb/lp0"},
+        {"serial:X1", printers, "/dev/usb/lp0"},
+        {"003:002", printers, "003:002"},
+        {"serial:Y2", printers, "003:002"},
+        {"1:2", printers, "exit 69: no attached printer matches --printer 1:2; " + listing},
+        {"serial:x1", printers, "exit 69: no attached printer matches --printer serial:x1; " + listing},
+        {"serial:X", printers, "exit 69: no attached printer matches --printer serial:X; " + listing},
+        {nullptr, printers, "exit 69: 2 printers are attached; choose one with --printer; " + listing},
+        {nullptr, {printers[1]}, "003:002"},
+        {nullptr, {}, "exit 69: no printer is attached"},
+        {"lp0", {}, "exit 69: no printer is attached"},
+        {"serial:X1", sameSerial,
+         "exit 69: 2 printers match --printer serial:X1; attached: /dev/usb/lp0 (001:004, Acme Laser 5, serial X1); "
+         "003:002 (1234:abcd, serial X1)"},
+        // A node sysfs does not know is taken when it exists; a bus:device
+        // or serial the list does not hold is not guessed at.
+        {"lp5", printers, "/dev/usb/lp5", +onlyLp5},
+        {"/dev/usb/lp5", {}, "/dev/usb/lp5", +onlyLp5},
+        {"lp6", {}, "exit 69: no printer is attached", +onlyLp5},
+        {"1:9", {}, "exit 69: no printer is attached", +everyNode},
+    };
+    for (const auto& c : cases)
+        EXPECT_EQ(resolved(c.selector, c.printers, c.isCharacterDevice), c.expected) << (c.selector ? c.selector : "");
 }
 
 }  // namespace

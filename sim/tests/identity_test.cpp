@@ -2,7 +2,7 @@
 // reads, where each printer sits on the bus, and the drip fault's writes.
 #include <gtest/gtest.h>
 
-#include <numeric>
+#include <cstdio>
 
 #include "sim/Faults.h"
 #include "sim/NpaPacket.h"
@@ -13,48 +13,54 @@
 namespace corvelsim {
 namespace {
 
-bool parse(std::vector<const char*> args, SimOptions& options, std::string& error)
+// The options' error, or what they set: "vendor:product serial lp-nodes".
+std::string parsed(std::vector<const char*> args)
 {
     args.insert(args.begin(), "corvelsim");
-    return parseOptions(int(args.size()), args.data(), options, error);
+    SimOptions options;
+    std::string error;
+    if (!parseOptions(int(args.size()), args.data(), options, error)) return error;
+    char ids[16];
+    std::snprintf(ids, sizeof ids, "%04X:%04X", options.usb.identity.vendorId, options.usb.identity.productId);
+    std::string result = ids + (" " + options.usb.identity.serial) + (options.noLp ? " no-lp" : "");
+    for (const int lp : options.lpNumbers) result += " lp" + std::to_string(lp);
+    return result;
 }
 
-TEST(IdentityOptions, TakeHexIdsAndPrintableTextAndRefuseTheRest)
+// Hex ids and printable text; --no-lp leaves the printer without an lp node,
+// needs the USB device that libusb reaches and cannot go with --lp.
+TEST(SimOptions, TakeTheIdentityAndTheNodesAndRefuseTheRest)
 {
     const std::string longest(kMaxUsbTextLength, 'x'), tooLong = longest + "y";
+    const std::string text = " needs 1 to 64 printable ASCII characters", hex = " needs 1 to 4 hex digits";
+    const std::string conflict = "--no-lp and --lp cannot go together: --no-lp attaches no lp node";
     // clang-format off
     const struct {
         std::vector<const char*> args;
-        const char* error;  // "" : accepted
-        unsigned vendor = 0, product = 0;
-        const char* serial = "";
+        std::string result;
     } cases[] = {
-        {{}, "", 0xC0DE, 0x0001, "CVSIM0001"},
-        {{"--vendor-id", "4B8", "--product-id=0a1f", "--serial", "X 1\\"}, "", 0x04B8, 0x0A1F, "X 1\\"},
-        {{"--vendor-id", "f"}, "", 0x000F, 0x0001, "CVSIM0001"},
-        {{"--serial", longest.c_str()}, "", 0xC0DE, 0x0001, longest.c_str()},
-        {{"--vendor-id", "12345"}, "--vendor-id needs 1 to 4 hex digits"},
-        {{"--product-id", "0x12"}, "--product-id needs 1 to 4 hex digits"},
-        {{"--vendor-id="}, "--vendor-id needs 1 to 4 hex digits"},
-        {{"--product-id", "-1"}, "--product-id needs 1 to 4 hex digits"},
-        {{"--serial", tooLong.c_str()}, "--serial needs 1 to 64 printable ASCII characters"},
-        {{"--manufacturer="}, "--manufacturer needs 1 to 64 printable ASCII characters"},
-        {{"--product", "tab\there"}, "--product needs 1 to 64 printable ASCII characters"},
-        {{"--manufacturer", "Caf\xC3\xA9"}, "--manufacturer needs 1 to 64 printable ASCII characters"},
+        {{}, "C0DE:0001 CVSIM0001 lp0"},
+        {{"--vendor-id", "4B8", "--product-id=0a1f", "--serial", "X 1\\"}, "04B8:0A1F X 1\\ lp0"},
+        {{"--vendor-id", "f"}, "000F:0001 CVSIM0001 lp0"},
+        {{"--serial", longest.c_str()}, "C0DE:0001 " + longest + " lp0"},
+        {{"--vendor-id", "12345"}, "--vendor-id" + hex},
+        {{"--product-id", "0x12"}, "--product-id" + hex},
+        {{"--vendor-id="}, "--vendor-id" + hex},
+        {{"--product-id", "-1"}, "--product-id" + hex},
+        {{"--serial", tooLong.c_str()}, "--serial" + text},
+        {{"--manufacturer="}, "--manufacturer" + text},
+        {{"--product", "tab\there"}, "--product" + text},
+        {{"--manufacturer", "Caf\xC3\xA9"}, "--manufacturer" + text},
+        {{"--usb", "3:7", "--no-lp"}, "C0DE:0001 CVSIM0001 no-lp"},
+        {{"--no-lp", "--usb=003:007"}, "C0DE:0001 CVSIM0001 no-lp"},
+        {{"--lp", "2"}, "C0DE:0001 CVSIM0001 lp2"},
+        {{"--no-lp"}, "--no-lp needs --usb BUS:DEV: without an lp node libusb is the only way to the printer"},
+        {{"--usb", "3:7", "--no-lp", "--lp", "0"}, conflict},
+        {{"--lp=1", "--no-lp"}, conflict},
+        {{"--usb", "3:7", "--no-lp=1"}, "--no-lp takes no value"},
     };
     // clang-format on
-    for (const auto& c : cases) {
-        SimOptions options;
-        std::string error;
-        const std::string args = std::accumulate(c.args.begin(), c.args.end(), std::string(),
-                                                 [](std::string all, const char* arg) { return all + " " + arg; });
-        EXPECT_EQ(parse(c.args, options, error), !*c.error) << args;
-        EXPECT_EQ(error, c.error) << args;
-        if (*c.error) continue;
-        EXPECT_EQ(options.usb.identity.vendorId, c.vendor) << args;
-        EXPECT_EQ(options.usb.identity.productId, c.product) << args;
-        EXPECT_EQ(options.usb.identity.serial, c.serial) << args;
-    }
+    for (const auto& c : cases) EXPECT_EQ(parsed(c.args), c.result) << (c.args.empty() ? "" : c.args[0]);
 }
 
 // The device descriptor names the ids and the three strings, and each string
@@ -104,38 +110,6 @@ TEST(PlacePrinters, GivesEachPrinterItsDeviceAndSerial)
             placed.push_back(std::to_string(p.lp) + " " + std::to_string(p.bus) + ":" + std::to_string(p.device) + " " +
                              std::to_string(p.port) + " " + p.serial);
         EXPECT_EQ(placed, c.placed);
-    }
-}
-
-// --no-lp leaves the printer without an lp node; it needs the USB device
-// that libusb reaches and cannot go with --lp.
-TEST(NoLpOption, NeedsUsbAndRefusesLp)
-{
-    // clang-format off
-    const struct {
-        std::vector<const char*> args;
-        const char* error;  // "" : accepted
-        std::vector<int> lps = {};
-    } cases[] = {
-        {{"--usb", "3:7", "--no-lp"}, "", {}},
-        {{"--no-lp", "--usb=003:007"}, "", {}},
-        {{"--lp", "2"}, "", {2}},
-        {{"--no-lp"}, "--no-lp needs --usb BUS:DEV: without an lp node libusb is the only way to the printer"},
-        {{"--usb", "3:7", "--no-lp", "--lp", "0"}, "--no-lp and --lp cannot go together: --no-lp attaches no lp node"},
-        {{"--lp=1", "--no-lp"}, "--no-lp and --lp cannot go together: --no-lp attaches no lp node"},
-        {{"--usb", "3:7", "--no-lp=1"}, "--no-lp takes no value"},
-    };
-    // clang-format on
-    for (const auto& c : cases) {
-        SimOptions options;
-        std::string error;
-        const std::string args = std::accumulate(c.args.begin(), c.args.end(), std::string(),
-                                                 [](std::string all, const char* arg) { return all + " " + arg; });
-        EXPECT_EQ(parse(c.args, options, error), !*c.error) << args;
-        EXPECT_EQ(error, c.error) << args;
-        if (*c.error) continue;
-        EXPECT_EQ(options.lpNumbers, c.lps) << args;
-        EXPECT_EQ(options.noLp, c.lps.empty()) << args;
     }
 }
 

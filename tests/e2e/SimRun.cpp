@@ -114,6 +114,14 @@ std::string logValue(const std::string& line, const std::string& key)
     return line.substr(at + 1, end - at - 1);
 }
 
+std::vector<std::string> words(const std::string& line)
+{
+    std::istringstream stream(line);
+    std::vector<std::string> result;
+    for (std::string word; stream >> word;) result.push_back(word);
+    return result;
+}
+
 int occurrences(const std::string& text, const std::string& part)
 {
     int count = 0;
@@ -146,6 +154,13 @@ std::vector<std::string> rawRequests(const SimRun& run)
     std::vector<std::string> raws;
     for (const std::string& line : run.log) raws.push_back(logValue(line, "raw"));
     return raws;
+}
+
+void writeSecretFile(const SimDir& dir, const std::string& secret)
+{
+    dir.write("secret.txt", secret);
+    std::filesystem::permissions(dir.file("secret.txt"),
+                                 std::filesystem::perms::owner_read | std::filesystem::perms::owner_write);
 }
 
 int runShell(const SimDir& dir, const std::string& command)

@@ -46,6 +46,9 @@ struct SimRun {
 // raw, answer, method) occur once, outside the settings items.
 std::string logValue(const std::string& line, const std::string& key);
 
+// `line` split at blanks, as a shell would split it without quotes.
+std::vector<std::string> words(const std::string& line);
+
 inline bool holds(const std::string& text, const std::string& part) { return text.find(part) != std::string::npos; }
 int occurrences(const std::string& text, const std::string& part);
 
@@ -67,6 +70,9 @@ SimRun runCorvelctl(const SimDir& dir, const std::vector<std::string>& simOption
 
 // The "raw" hex of each logged request, in order.
 std::vector<std::string> rawRequests(const SimRun& run);
+
+// Writes `secret` to secret.txt, of mode 0600, for --passphrase-file.
+void writeSecretFile(const SimDir& dir, const std::string& secret);
 
 // Runs `command` with /bin/sh in `dir`, its output thrown away (openssl,
 // file set-up); the shell's exit status.

@@ -28,14 +28,6 @@ struct Route {
 
 void PrintTo(const Route& route, std::ostream* out) { *out << route.name; }
 
-// The secret of a wifi run, in a file of mode 0600.
-void writeSecret(const SimDir& dir, const std::string& secret)
-{
-    dir.write("secret.txt", secret);
-    std::filesystem::permissions(dir.file("secret.txt"),
-                                 std::filesystem::perms::owner_read | std::filesystem::perms::owner_write);
-}
-
 // A value of the CA's and the signed certificate's subjects that XML, JSON
 // and the shell all have to escape.
 const std::string kCaName = "R&D <Lab> \"CA\"";
@@ -47,50 +39,16 @@ void makeCa(const SimDir& dir)
               0);
 }
 
-std::string base64Decoded(const std::string& text)
+// Whether the printer's answer to exportPubKey (the last request) carries
+// the request file `name`, as base64 in its XML.
+bool answeredWith(const SimDir& dir, const SimRun& run, const std::string& name)
 {
-    const std::string alphabet = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
-    std::string out;
-    unsigned bits = 0;
-    int count = 0;
-    for (const char c : text) {
-        const size_t value = alphabet.find(c);
-        if (value == std::string::npos) continue;  // padding, line ends
-        bits = (bits << 6) | unsigned(value);
-        count += 6;
-        if (count >= 8) {
-            count -= 8;
-            out += char((bits >> count) & 0xFF);
-        }
-    }
-    return out;
-}
-
-std::string bytesOfHex(const std::string& hex)
-{
-    std::string bytes;
-    for (size_t i = 0; i + 1 < hex.size(); i += 2) bytes += char(std::stoi(hex.substr(i, 2), nullptr, 16));
-    return bytes;
-}
-
-// The signing request in the answer to the logged exportPubKey call.
-std::string exportedRequest(const SimRun& run)
-{
-    for (const std::string& line : run.log) {
-        if (logValue(line, "method") != "exportPubKey") continue;
-        const std::string answer = bytesOfHex(logValue(line, "answer"));
-        const size_t start = answer.find("<BinaryElem>"), end = answer.find("</BinaryElem>");
-        if (start == std::string::npos || end == std::string::npos) return "";
-        return base64Decoded(answer.substr(start + 12, end - start - 12));
-    }
-    return "";
-}
-
-std::vector<std::string> methods(const SimRun& run)
-{
-    std::vector<std::string> names;
-    for (const std::string& line : run.log) names.push_back(logValue(line, "method"));
-    return names;
+    EXPECT_EQ(runShell(dir, "openssl base64 -A -in " + name + " -out answer.b64"), 0);
+    std::string base64 = dir.read("answer.b64");
+    std::remove(dir.file("answer.b64").c_str());
+    base64.erase(base64.find_last_not_of('\n') + 1);
+    return !run.log.empty() && logValue(run.log.back(), "method") == "exportPubKey" &&
+           holds(logValue(run.log.back(), "answer"), toHex("<BinaryElem>" + base64 + "</BinaryElem>"));
 }
 
 class CtlCommands : public ::testing::TestWithParam<Route> {
@@ -124,20 +82,16 @@ TEST_P(CtlCommands, StatusBeforeAndAfterWifiNone)
 {
     const SimRun before = ctl({"status"});
     expectSuccess(before, "status");
-    const json factory = jsonOf(before);
-    ASSERT_TRUE(factory.is_object()) << before.out;
-    // Every key in its documented order, with its type.
-    std::vector<std::string> keys;
-    for (auto it = factory.begin(); it != factory.end(); ++it) keys.push_back(it.key());
-    EXPECT_EQ(keys.size(), 7u);
-    EXPECT_EQ(factory["printer"], GetParam().printer);
-    EXPECT_TRUE(factory["ssid"].is_null());
-    EXPECT_EQ(factory["connected"], false);
-    EXPECT_EQ(factory["connection_state"], 1);
-    EXPECT_TRUE(factory["ipv4"].is_null());
-    EXPECT_EQ(factory["auth_8021x"], json({{"status", 0}, {"name", "802.1x not enabled"}}));
-    EXPECT_EQ(factory["certificate"],
-              json({{"organization", "Corvel Simulated Printers"}, {"common_name", "CORVELSIM-0001"}}));
+    EXPECT_EQ(
+        jsonOf(before),
+        json({{"printer", GetParam().printer},
+              {"ssid", nullptr},
+              {"connected", false},
+              {"connection_state", 1},
+              {"ipv4", nullptr},
+              {"auth_8021x", {{"status", 0}, {"name", "802.1x not enabled"}}},
+              {"certificate", {{"organization", "Corvel Simulated Printers"}, {"common_name", "CORVELSIM-0001"}}}}))
+        << before.out;
     // The six reads, each once, in the pass-through envelope.
     ASSERT_EQ(before.log.size(), 6u);
     for (const std::string& line : before.log) EXPECT_EQ(logValue(line, "envelope"), "true");
@@ -158,30 +112,23 @@ TEST_P(CtlCommands, StatusBeforeAndAfterWifiNone)
 // result, and the settings the printer took.
 TEST_P(CtlCommands, WifiForEachSecurity)
 {
-    // clang-format off
     const struct {
-        std::vector<std::string> args;
-        std::string secret;  // "" = none
+        std::string options;
+        std::string secret;    // "" = none
         std::string sentText;  // a text item the settings must hold
     } cases[] = {
-        {{"--security", "none"}, "", "Lab"},
-        {{"--security", "wep-open", "--wep-tx-key", "2"}, "abcde\n0123456789abcdef0123456789\n", "abcde"},
-        {{"--security", "wep-shared"}, "0123456789\n", "0123456789"},
-        {{"--security", "wpa-wpa2-psk", "--encryption", "tkip"}, "correct horse battery\n", "correct horse battery"},
-        {{"--security", "wpa2-psk"}, std::string(64, 'a'), std::string(64, 'a')},
-        {{"--security", "802.1x", "--eap", "peap,tls", "--inner", "mschapv2", "--user", "alice",
-          "--encryption", "tkip"}, "pa ss\n", "alice"},
+        {"--security none", "", "Lab"},
+        {"--security wep-open --wep-tx-key 2", "abcde\n0123456789abcdef0123456789\n", "abcde"},
+        {"--security wep-shared", "0123456789\n", "0123456789"},
+        {"--security wpa-wpa2-psk --encryption tkip", "correct horse battery\n", "correct horse battery"},
+        {"--security wpa2-psk", std::string(64, 'a'), std::string(64, 'a')},
+        {"--security 802.1x --eap peap,tls --inner mschapv2 --user alice --encryption tkip", "pa ss\n", "alice"},
     };
-    // clang-format on
     for (const auto& c : cases) {
-        const std::string security = c.args[1];
-        std::vector<std::string> args = {"wifi", "--ssid", "Lab", "--channel", "11"};
-        args.insert(args.end(), c.args.begin(), c.args.end());
-        if (!c.secret.empty()) {
-            writeSecret(dir, c.secret);
-            args.insert(args.end(), {"--passphrase-file", "secret.txt"});
-        }
-        const SimRun run = ctl(args);
+        const std::string security = words(c.options)[1];
+        writeSecretFile(dir, c.secret);
+        const SimRun run = ctl(words("wifi --ssid Lab --channel 11 " + c.options +
+                                     (c.secret.empty() ? "" : " --passphrase-file secret.txt")));
         expectSuccess(run, security);
         EXPECT_EQ(jsonOf(run), json({{"printer", GetParam().printer},
                                      {"ssid", "Lab"},
@@ -189,20 +136,17 @@ TEST_P(CtlCommands, WifiForEachSecurity)
                                      {"accepted", true},
                                      {"plain_retry", false}}))
             << run.out;
-        int settings = 0;
-        for (const std::string& line : run.log) {
-            if (logValue(line, "kind") != "settings") continue;
-            ++settings;
-            EXPECT_TRUE(holds(line, "\"accepted\":true")) << security << ": " << line;
-        }
-        EXPECT_GE(settings, 1) << security;
-        EXPECT_TRUE(holds(dir.read("requests.jsonl"), "\"text\":\"" + c.sentText + "\"")) << security;
+        // Every settings request taken, one at least.
+        const std::string log = dir.read("requests.jsonl");
+        EXPECT_EQ(occurrences(log, "\"kind\":\"settings\""), occurrences(log, "\"accepted\":true")) << log;
+        EXPECT_GE(occurrences(log, "\"accepted\":true"), 1) << security;
+        EXPECT_TRUE(holds(log, "\"text\":\"" + c.sentText + "\"")) << security;
     }
 }
 
 TEST_P(CtlCommands, WifiWaitsUntilJoinedAndShowsTheAddress)
 {
-    writeSecret(dir, "secret123");
+    writeSecretFile(dir, "secret123");
     const SimRun run = ctl({"wifi", "--ssid", "Lab", "--security", "wpa2-psk", "--passphrase-file", "secret.txt",
                             "--wait=30", "--timeout", "60"},
                            // The one-second pauses between polls 20 times faster.
@@ -244,7 +188,8 @@ TEST_P(CtlCommands, CertDefaults)
         << run.out;
 }
 
-// The request file holds what the printer sent, is never replaced without
+// The request file holds what the printer sent (the calls themselves are
+// compared with corvelcfg's in ctl_requests_e2e_test.cpp), is never replaced without
 // --force, and no temporary file stays behind.
 TEST_P(CtlCommands, CertRequestWritesThePrintersRequest)
 {
@@ -253,10 +198,9 @@ TEST_P(CtlCommands, CertRequestWritesThePrintersRequest)
     const SimRun made = ctl(request);
     expectSuccess(made, "cert request");
     const std::string pem = dir.read("printer.csr");
-    EXPECT_EQ(pem, exportedRequest(made));
+    EXPECT_TRUE(answeredWith(dir, made, "printer.csr"));
     EXPECT_TRUE(holds(pem, "-----BEGIN CERTIFICATE REQUEST-----")) << pem;
     EXPECT_EQ(jsonOf(made), json({{"printer", GetParam().printer}, {"file", "printer.csr"}, {"bytes", pem.size()}}));
-    EXPECT_EQ(methods(made), (std::vector<std::string>{"deleteIndividualCert", "generateNewCert", "exportPubKey"}));
 
     const SimRun refused = ctl(request);
     EXPECT_EQ(refused.status, 64);
@@ -267,7 +211,7 @@ TEST_P(CtlCommands, CertRequestWritesThePrintersRequest)
     forced.push_back("--force");
     const SimRun replaced = ctl(forced);
     expectSuccess(replaced, "cert request --force");
-    EXPECT_EQ(dir.read("printer.csr"), exportedRequest(replaced));
+    EXPECT_TRUE(answeredWith(dir, replaced, "printer.csr"));
     EXPECT_NE(dir.read("printer.csr"), pem) << "a new key, a new request";
 
     std::vector<std::string> left;
@@ -289,12 +233,10 @@ TEST_P(CtlCommands, CertInstallCaTwiceThenTheSignedCertificate)
     EXPECT_EQ(installed["file"], "ca.pem") << first.out;
     EXPECT_EQ(installed["installed"], true);
     EXPECT_EQ(installed["replaced"], false);
-    EXPECT_EQ(methods(first), (std::vector<std::string>{"queryCAList", "uploadNewCAFile"}));
 
     const SimRun second = ctl({"cert", "install-ca", "ca.pem"});
     expectSuccess(second, "install-ca again");
     EXPECT_EQ(jsonOf(second)["replaced"], true) << second.out;
-    EXPECT_EQ(methods(second), (std::vector<std::string>{"queryCAList", "deleteIndividualCA", "uploadNewCAFile"}));
     EXPECT_EQ(occurrences(dir.read("state.txt"), "ca.1.common_name=\"R&D <Lab> \\\"CA\\\"\""), 1);
     EXPECT_EQ(occurrences(dir.read("state.txt"), "common_name="), 1) << "replaced, not added";
 
@@ -305,7 +247,6 @@ TEST_P(CtlCommands, CertInstallCaTwiceThenTheSignedCertificate)
     const SimRun signed_ = ctl({"cert", "install", "printer.pem"});
     expectSuccess(signed_, "install");
     EXPECT_EQ(jsonOf(signed_), json({{"printer", GetParam().printer}, {"file", "printer.pem"}, {"installed", true}}));
-    EXPECT_EQ(methods(signed_), (std::vector<std::string>{"uploadSignedCertFile"}));
     EXPECT_EQ(jsonOf(ctl({"status"}))["certificate"]["common_name"], "printer1");
 }
 
@@ -337,14 +278,9 @@ TEST(CtlList, ShowsEachPrinterWithItsUsbIdentity)
                            {"serial", "SN 42"}};
     json printer1 = printer0;
     printer1["node"] = "/dev/usb/lp1";
+    printer1["bus_device"] = "003:008";
     printer1["serial"] = "SN 42-lp1";
-    const json list = jsonOf(run);
-    ASSERT_TRUE(list.is_object()) << run.out;
-    ASSERT_EQ(list["printers"].size(), 2u) << run.out;
-    EXPECT_EQ(list["printers"][0], printer0);
-    EXPECT_EQ(list["printers"][1]["node"], "/dev/usb/lp1");
-    EXPECT_EQ(list["printers"][1]["serial"], "SN 42-lp1");
-    EXPECT_NE(list["printers"][1]["bus_device"], "003:007");
+    EXPECT_EQ(jsonOf(run), json({{"printers", {printer0, printer1}}})) << run.out;
 
     const SimRun human = runCorvelctl(dir, sim, {"list"});
     ASSERT_EQ(human.status, 0) << human.err;

@@ -44,6 +44,19 @@ TEST(CtlFaults, EachFailureHasItsStatusAndMessage)
         // Noise before the answer is skipped.
         {"noise", {"--fault", "noise=7"}, {"status"}, 0, "", 6},
         {"refusedEnvelopeThenPlain", {"--fault", "refuse-envelope"}, kWpa, 0, "", 2},
+        // A read whose answer comes in several packets.
+        {"splitAnswer", {"--fault", "split=3"}, {"status"}, 0, "", 6},
+        // A printer that goes away on the USB bus (ENODEV) is not taken for a silent one.
+        {"vanishOverUsb", {"--fault", "vanish", "--usb", "003:007", "--no-lp"}, {"reset"}, 69,
+         "corvelctl: the printer at 003:007 went away (resetting)", 1},
+        // One byte every 10 ms of real time, 0.2 s on corvelctl's clock: every
+        // byte comes well within any wait for the next one, and the SSID's
+        // answer (over 20 bytes) takes more than 4 s in all. A reader whose
+        // time limit started again with each byte would get the whole answer;
+        // the exchange's one deadline of 2 s ends it first.
+        {"drippingAnswer", {"--fault", "drip=10", "--speed", "20"}, {"--timeout", "2", "status"}, 75,
+         "corvelctl: no answer from the printer at /dev/usb/lp0 within 2 s (reading the SSID); a busy printer "
+         "may need a longer --timeout\n", 1},
     };
     // clang-format on
     for (const auto& c : cases) {
@@ -66,38 +79,6 @@ TEST(CtlFaults, EachFailureHasItsStatusAndMessage)
         EXPECT_EQ(occurrences(run.err, "\n"), 1) << run.err;
         EXPECT_EQ(result.value("exit", -1), c.status);
     }
-}
-
-// Two faults of the shared core that these runs show (not of corvelctl's
-// own code): a read whose answer comes in several packets is looked for in
-// the bytes as received, headers between its pieces, and ends with 76; a
-// printer that goes away on the USB bus (ENODEV) is taken for a silent one
-// (75, not 69). Run with --gtest_also_run_disabled_tests.
-TEST(CtlFaults, SplitAnswerAndVanishOverUsb)
-{
-    SimDir dir;
-    const SimRun split = runCorvelctl(dir, {"--fault", "split=3"}, {"status"});
-    EXPECT_EQ(split.status, 0) << split.err;
-    const SimRun vanish = runCorvelctl(dir, {"--fault", "vanish", "--usb", "003:007", "--no-lp"}, {"reset"});
-    EXPECT_EQ(vanish.status, 69) << vanish.err;
-    EXPECT_TRUE(holds(vanish.err, "the printer at 003:007 went away (resetting)")) << vanish.err;
-}
-
-// One byte every 10 ms of real time, 0.2 s on corvelctl's clock (20 times
-// faster): every byte comes well within any wait for the next one, and the
-// SSID's answer (over 20 bytes) takes more than 4 s in all. A reader whose
-// time limit started again with each byte would get the whole answer; the
-// exchange's one deadline of 2 s ends it first.
-TEST(CtlFaults, DrippingAnswerEndsAtTheDeadline)
-{
-    SimDir dir;
-    const SimRun run = runCorvelctl(dir, {"--fault", "drip=10", "--speed", "20"}, {"--timeout", "2", "status"});
-    EXPECT_EQ(run.status, 75) << run.err;
-    EXPECT_EQ(run.err,
-              "corvelctl: no answer from the printer at /dev/usb/lp0 within 2 s (reading the SSID); a busy printer "
-              "may need a longer --timeout\n");
-    ASSERT_EQ(run.log.size(), 1u);
-    EXPECT_TRUE(holds(logValue(run.log[0], "faults"), "drip")) << run.log[0];
 }
 
 // CA certificates whose requests (about 15 KB and 57 KB) are larger than the
