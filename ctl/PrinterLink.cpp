@@ -29,43 +29,42 @@ PrinterLink::PrinterLink(const Invocation& invocation, const std::string& printe
     m_Timing = {true, ms, ms * kSlowFactor, &m_Trace};
 }
 
-Failure PrinterLink::failure(const std::string& what) const
+Failure PrinterLink::failure(const std::string& what) const { return exchangeFailure(last(), m_Path, what, m_Plain); }
+
+Failure exchangeFailure(const npa::ExchangeReport& report, const std::string& path, const std::string& what, bool plain)
 {
-    const npa::ExchangeReport& report = last();
     const std::string at = " (" + what + ")";
     switch (report.outcome) {
     case Outcome::OpenFailed:
         switch (report.error) {
         case EACCES:
         case EPERM:
-            return {ExitStatus::NoPermission, "cannot open the printer at " + m_Path +
+            return {ExitStatus::NoPermission, "cannot open the printer at " + path +
                                                   ": permission denied; members of the group 'lp' may use printers "
                                                   "(sudo adduser $USER lp, then log in again)"};
         case EBUSY:
             return {ExitStatus::Unavailable,
-                    "the printer at " + m_Path + " is busy: another program holds it; try again when it is done"};
+                    "the printer at " + path + " is busy: another program holds it; try again when it is done"};
         default:
-            return {ExitStatus::Unavailable, "cannot open the printer at " + m_Path + ": " +
-                                                 std::strerror(report.error) +
+            return {ExitStatus::Unavailable, "cannot open the printer at " + path + ": " + std::strerror(report.error) +
                                                  "; 'corvelctl list' shows the printers attached"};
         }
     case Outcome::NoAnswer:
-        return {ExitStatus::TemporaryFailure, "no answer from the printer at " + m_Path + " within " +
+        return {ExitStatus::TemporaryFailure, "no answer from the printer at " + path + " within " +
                                                   secondsText(report.deadlineMs) + " s" + at +
                                                   "; a busy printer may need a longer --timeout"};
     case Outcome::Gone:
-        return {ExitStatus::Unavailable,
-                "the printer at " + m_Path + " went away" + at + "; check its cable and power"};
+        return {ExitStatus::Unavailable, "the printer at " + path + " went away" + at + "; check its cable and power"};
     case Outcome::IoFailed:
         return {ExitStatus::IoError,
-                "talking to the printer at " + m_Path + " failed" + at + ": " + std::strerror(report.error)};
+                "talking to the printer at " + path + " failed" + at + ": " + std::strerror(report.error)};
     case Outcome::Malformed:
-        return {ExitStatus::Protocol, "the printer at " + m_Path + " sent more than any answer holds" + at};
+        return {ExitStatus::Protocol, "the printer at " + path + " sent more than any answer holds" + at};
     case Outcome::Refused:
-        return {ExitStatus::Refused, "the printer at " + m_Path + " refused the request" + at +
-                                         (m_Plain ? ", in the pass-through envelope and plain" : "")};
+        return {ExitStatus::Refused, "the printer at " + path + " refused the request" + at +
+                                         (plain ? ", in the pass-through envelope and plain" : "")};
     case Outcome::Answered:
-        return {ExitStatus::Protocol, "the printer at " + m_Path + " gave an answer that holds no result" + at};
+        return {ExitStatus::Protocol, "the printer at " + path + " gave an answer that holds no result" + at};
     case Outcome::None: break;
     }
     return {ExitStatus::Software, "nothing was sent to the printer" + at};

@@ -36,4 +36,9 @@ private:
     bool m_Plain = false;
 };
 
+// The failure `report` means for the printer at `path` while doing `what`;
+// `plain`: the plain retry was tried as well.
+Failure exchangeFailure(const npa::ExchangeReport& report, const std::string& path, const std::string& what,
+                        bool plain);
+
 }  // namespace corvelctl

@@ -131,6 +131,28 @@ TEST(CertMgr, UploadsCarryFileNameSizeAndBase64)
                            xmlChild("ca_dot_pem_file", "BinaryElem", "YWJjZA==")))}));
 }
 
+// The answer is whole once its root element has closed (before its last
+// packet, should the printer announce another).
+TEST(CertMgr, AnswerDocumentClosesWithItsRootElement)
+{
+    const std::string envelope = "E0C003000100E0";
+    const auto hex = [](const std::string& text) { return hexOf(std::vector<uint8_t>(text.begin(), text.end())); };
+    const struct {
+        std::string answer;
+        bool closed;
+    } cases[] = {
+        {envelope + hex("<?xml version=\"1.0\"?><!-- c --><response a=\"1\"><x/></response>"), true},
+        {envelope + hex("<response><x/></response>") + "0A 20 00 00", true},
+        {envelope + hex("<response><x/></resp") + "E0" + hex("onse>"), true},
+        {envelope + hex("<response><x/></response><"), false},
+        {envelope + hex("<response><x/></respons"), false},
+        {envelope + hex("<response><response/></x>"), false},
+        {"E0C003000100E1" + hex("<a></a>"), false},
+        {envelope + hex("no document"), false},
+    };
+    for (const auto& c : cases) EXPECT_EQ(certreq::answerDocumentClosed(bytesFromHex(c.answer)), c.closed) << c.answer;
+}
+
 TEST(CertMgr, AnswerEnvelopeIsCheckedAndEveryE0LeftOut)
 {
     struct Case {

@@ -40,6 +40,7 @@ TEST(CommandLine, RefusesWithWhatIsWrongAndWhatIsAllowed)
         {"status extra", "unexpected argument \"extra\" after status"},
         {"status --json --json", "--json given twice"},
         {"status -j --json", "--json given twice"},
+        {"status --json -j", "--json given twice"},
         {"status -v --verbose -v", "-v given more than twice"},
         {"status --json=yes", "--json takes no value"},
         {"status --printer", "--printer needs a value"},

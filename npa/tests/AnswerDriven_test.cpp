@@ -2,6 +2,8 @@
 // one deadline, whatever way its bytes come.
 #include <gtest/gtest.h>
 
+#include <cerrno>
+
 #include "npa/FieldReading.h"
 #include "npa/NpaFrame.h"
 #include "npa/tests/NpaTestSupport.h"
@@ -81,6 +83,11 @@ TEST(AnswerDriven, TakesTheAnswerAsSoonAsItIsWholeAndNeverPastTheDeadline)
         EXPECT_EQ(report.elapsedMs, c.elapsedMs) << c.name;
         EXPECT_TRUE(t.clock.sleeps.empty()) << c.name << ": no fixed wait";
         EXPECT_EQ(t.printer.events, (std::vector<std::string>{"open", "close"})) << c.name;
+        if (c.outcome == Outcome::Answered || c.outcome == Outcome::Refused) {
+            std::string sent;
+            for (const Arrival& arrival : c.arrivals) sent += arrival.bytes;
+            EXPECT_EQ(std::string(report.received.begin(), report.received.end()), sent) << c.name << ": as it came";
+        }
     }
 }
 
@@ -89,8 +96,20 @@ TEST(AnswerDriven, ReportsWhyThereWasNoAnswer)
     {
         AnswerDrivenChannel unopened;
         unopened.printer.openResult = 1;
-        EXPECT_EQ(unopened.exchange().outcome, Outcome::OpenFailed);
+        unopened.printer.openErrno = EACCES;
+        const npa::ExchangeReport& report = unopened.exchange();
+        EXPECT_EQ(report.outcome, Outcome::OpenFailed);
+        EXPECT_EQ(report.error, EACCES) << "the reason is kept for the message";
         EXPECT_TRUE(unopened.printer.writes.empty());
+    }
+    {
+        // A write that fails (not a full node) ends the exchange at once.
+        AnswerDrivenChannel refusing;
+        refusing.printer.writesFail = true;
+        const npa::ExchangeReport& report = refusing.exchange();
+        EXPECT_EQ(report.outcome, Outcome::IoFailed);
+        EXPECT_EQ(report.error, EIO);
+        EXPECT_EQ(report.elapsedMs, 0);
     }
     AnswerDrivenChannel unplugged;
     unplugged.printer.hungUp = true;

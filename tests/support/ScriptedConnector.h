@@ -26,10 +26,12 @@ struct ScriptedPrinter {
     std::vector<std::string> paths, events;   // the USB path of every open; open, close, destroyed
     std::vector<std::string> writes;          // every request, as written
     int openResult = 0;
+    int openErrno = 0;        // the error number a failed open leaves
+    bool writesFail = false;  // every write takes nothing and records a failure
     // What a wait with nothing arriving gives: DataReady for a hung device
     // (always "readable", never a byte), Failed makes every wait fail.
     IoStatus idleWait = IoStatus::TimedOut;
-    bool hungUp = false;  // an unplugged printer: every read fails with EIO
+    bool hungUp = false;    // an unplugged printer: every read fails with EIO
     size_t writeLimit = 0;  // the most one write takes (0: all): a node that takes part of a large write
 
     // The next answer, all of it there at once.
@@ -51,6 +53,7 @@ public:
             m_Pending = m_Printer.answers.front();
             m_Printer.answers.pop_front();
         }
+        if (m_Printer.openResult != 0) errno = m_Printer.openErrno;
         return m_Printer.openResult;
     }
     int close() override { return m_Printer.events.push_back("close"), 0; }
@@ -74,6 +77,11 @@ public:
     int queryDevice(uint8_t*, int32_t) override { return 0; }
     int32_t write(const uint8_t* buffer, int32_t length) override
     {
+        if (m_Printer.writesFail) {
+            record(IoStatus::Failed);
+            m_Error = EIO;
+            return 0;
+        }
         size_t take = static_cast<size_t>(length);
         if (m_Printer.writeLimit > 0) take = std::min(take, m_Printer.writeLimit);
         m_Printer.writes.emplace_back(reinterpret_cast<const char*>(buffer), take);
