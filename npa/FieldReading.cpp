@@ -30,8 +30,11 @@ FieldValue readField(NPAChannel& channel, Key key, bool plain)
     // The answer as one packet: the kept content (whatever packets carried
     // it) behind a start byte, a length and the flags. A wrapped answer holds
     // the inner packet in its content; a plain one is that packet.
-    std::vector<uint8_t> whole = {kStartByte, 0, 0, kFlagsRequest};
-    whole.insert(whole.end(), report.content.begin(), report.content.end());
+    constexpr size_t kHeader = kFlagsOffset + 1;
+    std::vector<uint8_t> whole(kHeader + report.content.size(), 0);
+    whole[0] = kStartByte;
+    whole[kFlagsOffset] = kFlagsRequest;
+    std::copy(report.content.begin(), report.content.end(), whole.begin() + kHeader);
     const ValueSpan span = findReadValue(whole, key);
     field.found = span.found;
     if (span.found) {
