@@ -83,6 +83,7 @@ std::string ExchangeTrace::meaning(const npa::ExchangeReport& report)
 void ExchangeTrace::exchanged(const npa::ExchangeReport& report)
 {
     m_Last = report;
+    if (report.outcome == npa::ExchangeReport::Outcome::Refused) ++m_Refusals;
     if (m_Verbosity < 1) {
         return;
     }

@@ -15,6 +15,8 @@ public:
 
     void exchanged(const npa::ExchangeReport& report) override;
     const npa::ExchangeReport& last() const { return m_Last; }
+    // How many exchanges so far the printer refused as framed.
+    int refusals() const { return m_Refusals; }
 
     // What an exchange's outcome means, in words ("answered in 3 ms").
     static std::string meaning(const npa::ExchangeReport& report);
@@ -23,6 +25,7 @@ private:
     int m_Verbosity;
     std::FILE* m_Out;
     npa::ExchangeReport m_Last;
+    int m_Refusals = 0;
 };
 
 }  // namespace corvelctl

@@ -130,7 +130,9 @@ Report runWifi(const Invocation& invocation, const std::string& printerPath, con
     WirelessConfigurator configurator(config, certificates);
 
     int result = configurator.advancedConfig();
-    const bool refusedWrapped = result == -1 && link.last().outcome == Outcome::Refused;
+    // A sequence the printer refused in the envelope (the 802.1x one goes on
+    // to read the status after a refusal) is sent again plain.
+    const bool refusedWrapped = result == -1 && link.refusalSeen();
     if (refusedWrapped) {
         link.goPlain();
         configurator.setPassThrough(false);

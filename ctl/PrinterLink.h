@@ -20,6 +20,8 @@ public:
 
     const std::string& path() const { return m_Path; }
     const npa::ExchangeReport& last() const { return m_Trace.last(); }
+    // Whether the printer refused any request so far, as framed.
+    bool refusalSeen() const { return m_Trace.refusals() > 0; }
     // Requests go wrapped in the pass-through envelope until the printer
     // refuses that; then plain.
     bool plain() const { return m_Plain; }
