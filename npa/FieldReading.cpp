@@ -2,6 +2,7 @@
 #include "npa/FieldReading.h"
 
 #include <algorithm>
+#include <iterator>
 #include <string>
 
 #include "npa/NPAChannel.h"
@@ -30,8 +31,12 @@ FieldValue readField(NPAChannel& channel, Key key, bool plain)
     // The answer as one packet: the kept content (whatever packets carried
     // it) behind a start byte, a length and the flags. A wrapped answer holds
     // the inner packet in its content; a plain one is that packet.
-    std::vector<uint8_t> whole = {kStartByte, 0, 0, kFlagsRequest};
-    whole.insert(whole.end(), report.content.begin(), report.content.end());
+    // (Sized first: g++ 12 wrongly sees an insert behind a four-byte
+    // initializer list overrun it once _FORTIFY_SOURCE is on.)
+    const uint8_t header[] = {kStartByte, 0, 0, kFlagsRequest};
+    std::vector<uint8_t> whole(sizeof header + report.content.size());
+    std::copy(std::begin(header), std::end(header), whole.begin());
+    std::copy(report.content.begin(), report.content.end(), whole.begin() + sizeof header);
     const ValueSpan span = findReadValue(whole, key);
     field.found = span.found;
     if (span.found) {

@@ -8,7 +8,8 @@ set -euo pipefail
 cd "$(dirname "$0")/.."
 scripts/setup.sh
 
-cmake -S . -B build/release -DCORVEL_WERROR=ON >/dev/null
+# Optimized and hardened as the Debian packages are (cmake/CorvelHardening.cmake).
+cmake -S . -B build/release -DCMAKE_BUILD_TYPE=RelWithDebInfo -DCORVEL_HARDEN=ON -DCORVEL_WERROR=ON >/dev/null
 cmake --build build/release -j"$(nproc)" --target corvelctl corvelcfg corvelsim
 
 sim=build/release/sim/corvelsim
