@@ -4,7 +4,7 @@
 set -euo pipefail
 
 packages=(
-  cmake g++ make ninja-build pkg-config  # toolchain
+  build-essential cmake g++ make ninja-build pkg-config  # toolchain
   libusb-dev libssl-dev                # the utility: libusb-0.1, OpenSSL
   libudev-dev                          # corvelctl finds printers through libudev; so do the identity tests
   jq                                   # the README's corvelctl walk reads JSON with it
@@ -15,9 +15,10 @@ packages=(
   libpugixml-dev                       # the simulated printer's XML
   clang libclang-rt-14-dev             # fuzzing (libFuzzer)
   libbenchmark-dev libexpat1-dev       # benchmarks and their reference parser
-  dpkg-dev fakeroot                    # the Debian packages (cpack, dpkg-shlibdeps)
+  dpkg-dev debhelper                   # the Debian packages (dpkg-buildpackage, dh; its build flags harden every optimized build)
+  lintian devscripts                   # the package test: lintian, hardening-check
   mandoc man-db                        # manual pages: lint and reading
-  bash-completion                      # the completion scripts' helpers
+  bash-completion                      # the completion scripts' helpers (and dh_bash-completion)
   procps                               # pgrep: the test command stops its background builds
 )
 

@@ -13,7 +13,7 @@ scripts/setup.sh
 # Every build of this command uses Ninja, which keeps both cores busy across
 # folders; a build directory made with another generator is made afresh.
 export CMAKE_GENERATOR=Ninja
-for dir in build/check build/package build-fuzz; do
+for dir in build/check build-fuzz; do
   if [ -f "$dir/CMakeCache.txt" ] && ! grep -qx 'CMAKE_GENERATOR:INTERNAL=Ninja' "$dir/CMakeCache.txt"; then
     rm -rf "$dir"
   fi
