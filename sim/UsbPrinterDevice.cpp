@@ -127,7 +127,7 @@ std::unique_ptr<UsbPrinterDevice> UsbPrinterDevice::attach(::_UMockdevTestbed* t
     }
     device->m_DeviceFd = fds[0];
     device->m_ServerFd = fds[1];
-    if (!options.tracePath.empty() && !(device->m_Trace = std::fopen(options.tracePath.c_str(), "a"))) {
+    if (!options.tracePath.empty() && !(device->m_Trace = std::fopen(options.tracePath.c_str(), "ae"))) {
         error = "cannot open the USB trace '" + options.tracePath + "': " + std::strerror(errno);
         return nullptr;
     }

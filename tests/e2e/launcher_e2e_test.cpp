@@ -79,6 +79,31 @@ TEST(Launcher, SignalEndsTheCommandAndOneThatOutlivesSigtermIsKilled)
     }
 }
 
+// The command sees the descriptors it was given and none of corvelsim's
+// files; corvelsim started with closed standard descriptors writes none of
+// its messages into its own files (here the SIGTERM it passes on is ignored,
+// so it says it killed the command).
+TEST(Launcher, DescriptorsStayTheCallersOnBothSides)
+{
+    SimDir dir;
+    SimRun seen = runSim(dir, {"--usb", "1:4", "--usb-trace", dir.file("usb.txt")}, {"/bin/ls", "-l", "/proc/self/fd"});
+    ASSERT_EQ(seen.status, 0) << seen.err;
+    for (const char* file : {"requests.jsonl", "usb.txt", "state.txt"}) EXPECT_FALSE(holds(seen.out, file)) << seen.out;
+
+    for (const char* closed : {"<&-", ">&-", "2>&-", "<&- >&- 2>&-"}) {
+        SCOPED_TRACE(closed);
+        const std::string script = "exec \"$0\" --speed 1 --state state.txt --log requests.jsonl --kill-after 0 -- "
+                                   "sh -c 'trap \"\" TERM; kill -TERM $PPID; sleep 2' " +
+                                   std::string(closed);
+        const SimRun run = runCommand(dir, {"/bin/bash", "-c", script, CORVELSIM_PATH});
+        EXPECT_EQ(run.status, 128 + SIGKILL);
+        EXPECT_EQ(dir.read("state.txt.lock"), "");
+        EXPECT_EQ(dir.read("requests.jsonl"), "");
+        const bool toStderr = !holds(closed, "2>&-");
+        EXPECT_EQ(holds(run.err, "did not end within 0 ms of SIGTERM"), toStderr) << run.err;
+    }
+}
+
 // corvelsim ends with the command's exit status, 128 + the signal that
 // killed it, or a shell's status for a command that cannot run.
 TEST(Launcher, EndsWithTheCommandsStatusAndFailsLikeAShell)
