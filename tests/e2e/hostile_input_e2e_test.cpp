@@ -4,6 +4,8 @@
 #include <gtest/gtest.h>
 
 #include <cstdio>
+#include <regex>
+#include <fstream>
 #include <string>
 #include <vector>
 
@@ -96,6 +98,43 @@ TEST(HostileInput, PrinterUnpluggedDuringTheRunEndsIt)
             ASSERT_EQ(run.log.size(), size_t(c.answered) + 1);
             EXPECT_NE(run.log.back().find("\"faults\":[\"vanish\"]"), std::string::npos);
         }
+}
+
+// The status the README's table of modes gives for a printer that went away
+// is the one the mode ends with: the last number before "went away" in the
+// row's status cell.
+TEST(HostileInput, ModeTableSaysHowARunEndsWhenThePrinterGoesAway)
+{
+    const struct {
+        const char* row;  // the start of the mode's row
+        std::vector<std::string> args;
+    } cases[] = {
+        {"| `-cer` |", {"-cer"}},
+        {"| `-npa -file FILE` |", {"-npa", "-file", "read-ssid.hex"}},
+    };
+    SimDir dir;
+    std::ifstream readme(std::string(PROJECT_SOURCE_DIR) + "/README.md");
+    std::vector<std::string> rows;
+    for (std::string line; std::getline(readme, line);) rows.push_back(line);
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.row);
+        std::string cell;
+        for (const std::string& row : rows) {
+            if (row.rfind(c.row, 0) == 0) cell = row.substr(row.rfind(" | ") + 3);
+        }
+        const size_t wentAway = cell.find("went away");
+        ASSERT_NE(wentAway, std::string::npos) << cell;
+        std::string stated;
+        const std::string before = cell.substr(0, wentAway);
+        const std::regex digits("[0-9]+");
+        for (std::sregex_iterator number(before.begin(), before.end(), digits), end; number != end; ++number)
+            stated = number->str();
+
+        dir.write("read-ssid.hex", "A5 00 06 50 E0 D8 00 28 08\n");
+        const SimRun run = runCorvelcfg(dir, {"--fault", "vanish=0"}, c.args);
+        EXPECT_TRUE(holds(run.err, "D [CVL] The printer is gone")) << run.err;
+        EXPECT_EQ(std::to_string(run.status), stated) << cell;
+    }
 }
 
 // Output that cannot be written is a failure (74) with its reason, alone and
