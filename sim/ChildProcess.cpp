@@ -15,6 +15,7 @@ namespace corvelsim {
 namespace {
 
 const char* const kUmockdevPreload = "libumockdev-preload.so.0";
+const char* const kDescriptorPreload = "libcorvelsim-preload.so";
 const char* const kFaketimeCandidates[] = {
 #ifdef CORVELSIM_FAKETIME_LIB
     CORVELSIM_FAKETIME_LIB,
@@ -75,12 +76,29 @@ std::string findFaketimeLibrary()
     return {};
 }
 
+std::string findDescriptorLibrary()
+{
+    char self[4096];
+    const ssize_t length = readlink("/proc/self/exe", self, sizeof self - 1);
+    if (length <= 0) return {};
+    std::string dir(self, size_t(length));
+    dir.erase(dir.rfind('/'));
+    for (const std::string& path :
+         {dir + "/" + kDescriptorPreload, dir + "/" CORVELSIM_PRELOAD_FROM_BIN "/" + kDescriptorPreload}) {
+        if (access(path.c_str(), R_OK) == 0) return path;
+    }
+    return {};
+}
+
 std::vector<std::string> childEnvironment(const ChildSetup& setup, const std::string& ldPreload,
-                                          const std::string& asanOptions, const std::string& faketimeLib)
+                                          const std::string& asanOptions, const std::string& faketimeLib,
+                                          const std::string& descriptorLib)
 {
     std::string preload = kUmockdevPreload;
     if (setup.speed > 1 && !faketimeLib.empty()) preload += ":" + faketimeLib;
     if (!ldPreload.empty()) preload += ":" + ldPreload;
+    // Last, so that its constructor runs first.
+    preload += ":" + descriptorLib;
 
     std::vector<std::string> env = {
         "LD_PRELOAD=" + preload,
@@ -107,13 +125,22 @@ ChildStart startChild(const ChildSetup& setup)
             return start;
         }
     }
+    const std::string descriptorLib = findDescriptorLibrary();
+    if (descriptorLib.empty()) {
+        start.error = std::string("cannot find ") + kDescriptorPreload + ": corvelsim is not installed completely";
+        return start;
+    }
+    if (descriptorLib.find_first_of(": ") != std::string::npos) {
+        start.error = "cannot preload '" + descriptorLib + "': LD_PRELOAD takes no path with a blank or a colon";
+        return start;
+    }
     std::vector<std::string> argv = setup.argv;
     if (argv.empty()) {
         std::string shell = envOrEmpty("SHELL");
         argv.push_back(shell.empty() ? "/bin/sh" : shell);
     }
-    std::vector<std::string> env =
-        mergedEnvironment(childEnvironment(setup, envOrEmpty("LD_PRELOAD"), envOrEmpty("ASAN_OPTIONS"), faketimeLib));
+    std::vector<std::string> env = mergedEnvironment(
+        childEnvironment(setup, envOrEmpty("LD_PRELOAD"), envOrEmpty("ASAN_OPTIONS"), faketimeLib, descriptorLib));
     // Everything the child needs is ready before the fork: between fork and
     // exec it only calls async-signal-safe functions.
     std::vector<char*> args = pointers(argv);

@@ -16,12 +16,18 @@ struct ChildSetup {
 };
 
 // The environment changes for the child, as NAME=VALUE texts, given the
-// current values of LD_PRELOAD and ASAN_OPTIONS ("" when unset).
+// current values of LD_PRELOAD and ASAN_OPTIONS ("" when unset) and the
+// libraries to preload.
 std::vector<std::string> childEnvironment(const ChildSetup& setup, const std::string& ldPreload,
-                                          const std::string& asanOptions, const std::string& faketimeLib);
+                                          const std::string& asanOptions, const std::string& faketimeLib,
+                                          const std::string& descriptorLib);
 
 // Where libfaketime lives; "" when it is not installed.
 std::string findFaketimeLibrary();
+
+// Where corvelsim's own preload library lives: beside the corvelsim program
+// (the build tree) or where it is installed relative to it; "" when neither.
+std::string findDescriptorLibrary();
 
 // What became of starting the command.
 struct ChildStart {

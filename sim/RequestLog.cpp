@@ -114,7 +114,7 @@ RequestLog::~RequestLog()
 
 bool RequestLog::open(const std::string& path)
 {
-    m_File = std::fopen(path.c_str(), "a");
+    m_File = std::fopen(path.c_str(), "ae");
     return m_File != nullptr;
 }
 

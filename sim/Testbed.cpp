@@ -29,6 +29,7 @@ std::string lpPath(int lpNumber) { return "/dev/usb/lp" + std::to_string(lpNumbe
 std::unique_ptr<Testbed> Testbed::create(std::string& error)
 {
     std::unique_ptr<Testbed> testbed(new Testbed());
+    testbed->m_Folders.prepare();
     testbed->m_Testbed = umockdev_testbed_new();
     if (!testbed->m_Testbed) {
         error = "cannot create the umockdev testbed";
@@ -37,6 +38,7 @@ std::unique_ptr<Testbed> Testbed::create(std::string& error)
     gchar* root = umockdev_testbed_get_root_dir(testbed->m_Testbed);
     testbed->m_RootDir = root ? root : "";
     g_free(root);
+    testbed->m_Folders.claim(testbed->m_RootDir);
     return testbed;
 }
 

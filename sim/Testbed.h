@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "sim/PrinterSysfs.h"
+#include "sim/TestbedFolders.h"
 
 struct _UMockdevTestbed;
 
@@ -47,6 +48,7 @@ public:
 private:
     Testbed() = default;
 
+    TestbedFolders m_Folders;  // outlives m_Testbed, which removes its folder
     ::_UMockdevTestbed* m_Testbed = nullptr;
     std::string m_RootDir;
     std::map<int, int> m_Masters;

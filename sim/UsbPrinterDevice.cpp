@@ -127,7 +127,7 @@ std::unique_ptr<UsbPrinterDevice> UsbPrinterDevice::attach(::_UMockdevTestbed* t
     }
     device->m_DeviceFd = fds[0];
     device->m_ServerFd = fds[1];
-    if (!options.tracePath.empty() && !(device->m_Trace = std::fopen(options.tracePath.c_str(), "a"))) {
+    if (!options.tracePath.empty() && !(device->m_Trace = std::fopen(options.tracePath.c_str(), "ae"))) {
         error = "cannot open the USB trace '" + options.tracePath + "': " + std::strerror(errno);
         return nullptr;
     }
@@ -187,6 +187,10 @@ void UsbPrinterDevice::release(Urb& urb)
 void UsbPrinterDevice::handle(::_UMockdevIoctlClient* client)
 {
     const unsigned long request = umockdev_ioctl_client_get_request(client);
+    if ((request == USBDEVFS_REAPURB || request == USBDEVFS_REAPURBNDELAY) && nothingToReap()) {
+        umockdev_ioctl_client_complete(client, -1, EAGAIN);
+        return;
+    }
     UMockdevIoctlData* arg = umockdev_ioctl_client_get_arg(client);
     const size_t size = _IOC_SIZE(request);
     GError* gerror = nullptr;
@@ -363,6 +367,15 @@ bool UsbPrinterDevice::fillPendingIn()
     trace("in", urb, int(count));
     m_Completed.push_back(urb);
     return true;
+}
+
+// libusb polls each pending transfer every millisecond while it waits:
+// those polls are answered without fetching the argument from the client's
+// memory, which would cost another exchange with it.
+bool UsbPrinterDevice::nothingToReap()
+{
+    std::lock_guard<std::mutex> guard(m_Lock);
+    return !unplugged() && m_Completed.empty() && !fillPendingIn();
 }
 
 void UsbPrinterDevice::reap(::_UMockdevIoctlClient* client, ::_UMockdevIoctlData* data)

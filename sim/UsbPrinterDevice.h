@@ -83,6 +83,7 @@ private:
     void discard(::_UMockdevIoctlClient* client, ::_UMockdevIoctlData* arg);
     void reap(::_UMockdevIoctlClient* client, ::_UMockdevIoctlData* arg);
     bool fillPendingIn();
+    bool nothingToReap();  // true: a reap now finds no finished transfer
     bool unplugged();
     bool isBulkEndpoint(unsigned endpoint) const;
     void dropUnreadAnswer();

@@ -17,6 +17,7 @@
 #include "sim/SimOptions.h"
 #include "sim/SharedStateFile.h"
 #include "sim/SimSignals.h"
+#include "sim/StandardDescriptors.h"
 #include "sim/Testbed.h"
 #include "sim/UsbPrinterDevice.h"
 
@@ -65,6 +66,10 @@ int fail(const std::string& message)
 
 int main(int argc, char** argv)
 {
+    // Before anything opens a file: a closed standard descriptor would
+    // otherwise become the state file's lock, the log or a testbed socket,
+    // and corvelsim's own messages would go there.
+    corvelsimHoldClosedStandardDescriptors();
     SimOptions options;
     std::string error;
     if (!parseOptions(argc, argv, options, error)) {

@@ -5,6 +5,9 @@
 
 #include <cstdlib>
 #include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <regex>
 
 #include "tests/e2e/SimRun.h"
 
@@ -58,6 +61,61 @@ TEST(ReadmeWalks, PrintWhatTheReadmeSays)
         EXPECT_EQ(walk.out, expected) << section << "\n" << walk.err;
         EXPECT_EQ(walk.status, 0) << section << "\n" << walk.err;
     }
+}
+
+// The text of `path` under the source tree, with its line breaks as blanks
+// (roff and Markdown break sentences anywhere).
+std::string documentText(const std::string& path)
+{
+    std::ifstream file(std::string(PROJECT_SOURCE_DIR) + "/" + path);
+    std::string text((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>());
+    for (char& c : text) c = c == '\n' ? ' ' : c;
+    return text;
+}
+
+// What the README and the manual page give as the largest CA file -icer
+// installs holds: over the libusb route a file of that size with a
+// five-character name installs and one a byte larger does not fit its
+// request; over the device node a file a little below the node's limit
+// installs.
+TEST(Certificates, CaFileLimitsTheDocumentsStateHold)
+{
+    const std::string readme = documentText("README.md");
+    const std::string manual = documentText("man/corvelcfg.1.in");
+    std::smatch stated, inManual;
+    ASSERT_TRUE(
+        std::regex_search(readme, stated, std::regex("up to ([0-9]+),([0-9]+) bytes installs with a five-character")));
+    ASSERT_TRUE(
+        std::regex_search(manual, inManual, std::regex("up to ([0-9]+) bytes installs with a five\\\\-character")));
+    const size_t limit = std::stoul(stated[1].str() + stated[2].str());
+    EXPECT_EQ(std::to_string(limit), inManual[1].str());
+
+    SimDir dir;
+    makeCA(dir);
+    const std::string certificate = dir.read("ca.pem");
+    // PEM allows text before the certificate: the file is padded with it.
+    const auto writeOfSize = [&](size_t size) {
+        std::string filler;
+        while (filler.size() + certificate.size() < size)
+            filler += std::string(std::min<size_t>(64, size - certificate.size() - filler.size() - 1), '#') + "\n";
+        dir.write("c.pem", filler + certificate);
+        return dir.read("c.pem").size();
+    };
+    const std::vector<std::string> usb = {"--usb", "001:004", "--no-lp"};
+    ASSERT_EQ(writeOfSize(limit), limit);
+    SimRun fits = runCorvelcfg(dir, usb, {"-icer", "--802-CA-cer-file=c.pem", "001:004"});
+    EXPECT_EQ(fits.status, 0) << fits.err;
+    EXPECT_EQ(requests(fits).back(), "uploadNewCAFile");
+
+    ASSERT_EQ(writeOfSize(limit + 1), limit + 1);
+    SimRun tooLarge = runCorvelcfg(dir, usb, {"-icer", "--802-CA-cer-file=c.pem", "001:004"});
+    EXPECT_EQ(tooLarge.status, 1);
+    EXPECT_TRUE(holds(tooLarge.err, "D [CVL] The uploadNewCAFile request does not fit its 16384-byte buffer!\n"))
+        << tooLarge.err;
+
+    ASSERT_EQ(writeOfSize(8000), 8000u);
+    SimRun node = runCorvelcfg(dir, {}, {"-icer", "--802-CA-cer-file=c.pem"});
+    EXPECT_EQ(node.status, 0) << node.err;
 }
 
 TEST(Certificates, CreateRequestGeneratesThenExportsAndFailsWithoutExport)

@@ -298,18 +298,21 @@ TEST(CtlList, ShowsEachPrinterWithItsUsbIdentity)
     EXPECT_EQ(logValue(second.log[0], "port"), "1");
 }
 
-// Standard output closed or full: the result cannot be written (exit 74).
-// In real time: under --speed, libfaketime opens its shared memory before
-// main() and takes a closed descriptor 1 for it.
+// Standard output closed or full: the result cannot be written (exit 74), in
+// real time and under faketime, whose shared memory must not take the closed
+// descriptor 1.
 TEST(CtlOutput, UnwritableStandardOutputIsExit74)
 {
-    for (const std::string redirect : {">&-", ">/dev/full"}) {
-        SimDir dir;
-        const SimRun run =
-            runSim(dir, {"--speed", "1"}, {"/bin/sh", "-c", std::string(CORVELCTL_PATH) + " status " + redirect});
-        EXPECT_EQ(run.status, 74) << redirect << "\n" << run.err;
-        EXPECT_TRUE(holds(run.err, "corvelctl: cannot write standard output")) << redirect << "\n" << run.err;
-        EXPECT_EQ(run.log.size(), 6u) << redirect << ": the status was read";
+    for (const std::string speed : {"1", "20"}) {
+        for (const std::string redirect : {">&-", ">/dev/full"}) {
+            SCOPED_TRACE(redirect + " at --speed " + speed);
+            SimDir dir;
+            const SimRun run =
+                runSim(dir, {"--speed", speed}, {"/bin/sh", "-c", std::string(CORVELCTL_PATH) + " status " + redirect});
+            EXPECT_EQ(run.status, 74) << run.err;
+            EXPECT_TRUE(holds(run.err, "corvelctl: cannot write standard output")) << run.err;
+            EXPECT_EQ(run.log.size(), 6u) << "the status was read";
+        }
     }
 }
 

@@ -4,6 +4,8 @@
 #include <gtest/gtest.h>
 
 #include <cstdio>
+#include <regex>
+#include <fstream>
 #include <string>
 #include <vector>
 
@@ -98,26 +100,82 @@ TEST(HostileInput, PrinterUnpluggedDuringTheRunEndsIt)
         }
 }
 
-// Output that cannot be written is a failure (74) with its reason. Tried
-// without the simulator, whose preloaded library takes a closed descriptor 1
-// for itself; every mode ends the same way.
+// The status the README's table of modes gives for a printer that went away
+// is the one the mode ends with: the last number before "went away" in the
+// row's status cell.
+TEST(HostileInput, ModeTableSaysHowARunEndsWhenThePrinterGoesAway)
+{
+    const struct {
+        const char* row;  // the start of the mode's row
+        std::vector<std::string> args;
+    } cases[] = {
+        {"| `-cer` |", {"-cer"}},
+        {"| `-npa -file FILE` |", {"-npa", "-file", "read-ssid.hex"}},
+    };
+    SimDir dir;
+    std::ifstream readme(std::string(PROJECT_SOURCE_DIR) + "/README.md");
+    std::vector<std::string> rows;
+    for (std::string line; std::getline(readme, line);) rows.push_back(line);
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.row);
+        std::string cell;
+        for (const std::string& row : rows) {
+            if (row.rfind(c.row, 0) == 0) cell = row.substr(row.rfind(" | ") + 3);
+        }
+        const size_t wentAway = cell.find("went away");
+        ASSERT_NE(wentAway, std::string::npos) << cell;
+        std::string stated;
+        const std::string before = cell.substr(0, wentAway);
+        const std::regex digits("[0-9]+");
+        for (std::sregex_iterator number(before.begin(), before.end(), digits), end; number != end; ++number)
+            stated = number->str();
+
+        dir.write("read-ssid.hex", "A5 00 06 50 E0 D8 00 28 08\n");
+        const SimRun run = runCorvelcfg(dir, {"--fault", "vanish=0"}, c.args);
+        EXPECT_TRUE(holds(run.err, "D [CVL] The printer is gone")) << run.err;
+        EXPECT_EQ(std::to_string(run.status), stated) << cell;
+    }
+}
+
+// Output that cannot be written is a failure (74) with its reason, alone and
+// under the simulator, in real time and under faketime (--speed 100): the
+// libraries the simulator preloads open descriptors of their own (faketime's
+// shared memory, umockdev's socket for each /dev file opened), and none of
+// them may take the number of a standard descriptor the caller closed.
 TEST(HostileInput, UnwritableOutputFailsTheRun)
 {
-    SimDir dir;
     const struct {
-        const char* script;
-        const char* reason;
+        const char* script;  // $0 is corvelcfg; MODE -h alone, -rcerdefs under the simulator
+        const char* reason;  // in the trace ("" when standard error is closed too)
+        const char* out;     // on the shell's standard output
     } cases[] = {
-        {"exec \"$0\" -h >/dev/full", "No space left on device"},
-        {"exec \"$0\" -h >&-", "Bad file descriptor"},
+        {"exec \"$0\" $MODE >/dev/full", "No space left on device", ""},
+        {"exec \"$0\" $MODE >&-", "Bad file descriptor", ""},
+        // The trace, too, has nowhere to go: the shell says how it ended.
+        {"\"$0\" $MODE <&- >&- 2>&-; echo $?", "", "74\n"},
+        {"(exec \"$0\" $MODE <&- >&- 2>&-); echo $?", "", "74\n"},
     };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.script);
-        const SimRun run = runCommand(dir, {"/bin/bash", "-c", c.script, CORVELCFG_PATH});
-        ASSERT_FALSE(run.timedOut);
-        EXPECT_EQ(run.status, 74);
-        EXPECT_EQ(occurrences(run.err, std::string("D [CVL] Cannot write the output: ") + c.reason + "\n"), 1)
-            << run.err;
+    for (const char* speed : {"", "1", "100"}) {
+        for (const auto& c : cases) {
+            SCOPED_TRACE(std::string(c.script) + (*speed ? " under corvelsim --speed " : " alone") + speed);
+            SimDir dir;
+            const std::string script = std::string("MODE=") + (*speed ? "-rcerdefs; " : "-h; ") + c.script;
+            const std::vector<std::string> command = {"/bin/bash", "-c", script, CORVELCFG_PATH};
+            const SimRun run = *speed ? runSim(dir, {"--speed", speed}, command) : runCommand(dir, command);
+            ASSERT_FALSE(run.timedOut);
+            EXPECT_EQ(run.status, *c.out ? 0 : 74) << run.err;
+            EXPECT_EQ(run.out, c.out);
+            if (*c.reason) {
+                EXPECT_EQ(occurrences(run.err, std::string("D [CVL] Cannot write the output: ") + c.reason + "\n"), 1)
+                    << run.err;
+            } else {
+                EXPECT_EQ(run.err, "");
+            }
+            // Under the simulator the printer was read: the run got as far as its output.
+            if (*speed) {
+                EXPECT_EQ(run.log.size(), 1u) << run.err;
+            }
+        }
     }
 }
 

@@ -3,11 +3,17 @@
 // corvelsim's own failures say why.
 #include <gtest/gtest.h>
 
+#include <fcntl.h>
 #include <signal.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include <chrono>
 #include <cstdint>
+#include <filesystem>
 #include <string>
+#include <thread>
 
 #include "tests/e2e/SimRun.h"
 
@@ -77,6 +83,123 @@ TEST(Launcher, SignalEndsTheCommandAndOneThatOutlivesSigtermIsKilled)
         bool saysKilled = run.err.find("did not end within 300 ms of SIGTERM") != std::string::npos;
         EXPECT_EQ(saysKilled, c.killed) << c.name << ": " << run.err;
     }
+}
+
+// The command sees the descriptors it was given and none of corvelsim's
+// files; corvelsim started with closed standard descriptors writes none of
+// its messages into its own files (here the SIGTERM it passes on is ignored,
+// so it says it killed the command).
+TEST(Launcher, DescriptorsStayTheCallersOnBothSides)
+{
+    SimDir dir;
+    SimRun seen = runSim(dir, {"--usb", "1:4", "--usb-trace", dir.file("usb.txt")}, {"/bin/ls", "-l", "/proc/self/fd"});
+    ASSERT_EQ(seen.status, 0) << seen.err;
+    for (const char* file : {"requests.jsonl", "usb.txt", "state.txt"}) EXPECT_FALSE(holds(seen.out, file)) << seen.out;
+
+    for (const char* closed : {"<&-", ">&-", "2>&-", "<&- >&- 2>&-"}) {
+        SCOPED_TRACE(closed);
+        const std::string script = "exec \"$0\" --speed 1 --state state.txt --log requests.jsonl --kill-after 0 -- "
+                                   "sh -c 'trap \"\" TERM; kill -TERM $PPID; sleep 2' " +
+                                   std::string(closed);
+        const SimRun run = runCommand(dir, {"/bin/bash", "-c", script, CORVELSIM_PATH});
+        EXPECT_EQ(run.status, 128 + SIGKILL);
+        EXPECT_EQ(dir.read("state.txt.lock"), "");
+        EXPECT_EQ(dir.read("requests.jsonl"), "");
+        const bool toStderr = !holds(closed, "2>&-");
+        EXPECT_EQ(holds(run.err, "did not end within 0 ms of SIGTERM"), toStderr) << run.err;
+    }
+}
+
+// A corvelsim in the background whose command writes its testbed folder,
+// its TMPDIR and its process id to `report`, then sleeps in real time; both
+// killed at the end if still there.
+class Background {
+public:
+    Background(const SimDir& dir, const std::string& tmp, const std::string& report)
+    {
+        const std::string path = dir.file(report);
+        corvelsim = fork();
+        if (corvelsim == 0) {
+            const int nothing = open("/dev/null", O_RDWR);
+            dup2(nothing, 0);
+            dup2(nothing, 1);
+            dup2(nothing, 2);
+            setenv("TMPDIR", tmp.c_str(), 1);
+            const std::string script = "printf '%s\\n%s\\n%s\\n' \"$UMOCKDEV_DIR\" \"$TMPDIR\" $$ >" + path +
+                                       ".new; mv " + path + ".new " + path + "; exec sleep 30";
+            execl(CORVELSIM_PATH, CORVELSIM_PATH, "--speed", "1", "--", "/bin/sh", "-c", script.c_str(),
+                  (char*)nullptr);
+            _exit(127);
+        }
+        for (int i = 0; i < 1000 && dir.read(report).empty(); ++i)
+            std::this_thread::sleep_for(std::chrono::milliseconds(10));
+        const std::vector<std::string> lines = words(dir.read(report));
+        if (lines.size() == 3) {
+            testbed = lines[0];
+            tmpdir = lines[1];
+            command = pid_t(std::stoi(lines[2]));
+        }
+    }
+    ~Background()
+    {
+        if (command > 0) kill(command, SIGKILL);
+        end(SIGKILL);
+    }
+    Background(const Background&) = delete;
+    Background& operator=(const Background&) = delete;
+
+    void end(int signal)
+    {
+        if (corvelsim <= 0) return;
+        kill(corvelsim, signal);
+        waitpid(corvelsim, nullptr, 0);
+        corvelsim = -1;
+    }
+
+    pid_t corvelsim = -1;
+    std::string testbed, tmpdir;
+    pid_t command = -1;
+};
+
+bool exists(const std::string& path)
+{
+    struct stat info {};
+    return lstat(path.c_str(), &info) == 0;
+}
+
+// The testbed folder of a killed corvelsim goes when the next one starts; a
+// live one's, and anything in the private folder corvelsim did not mark as
+// its own, stay. The command sees its caller's TMPDIR.
+TEST(Launcher, NextStartRemovesTheTestbedOfAKilledCorvelsimOnly)
+{
+    SimDir dir;
+    const std::string tmp = dir.file("tmp");
+    std::filesystem::create_directory(tmp);
+    const std::string folder = tmp + "/corvelsim-" + std::to_string(geteuid());
+    Background killed(dir, tmp, "killed.txt");
+    Background live(dir, tmp, "live.txt");
+    ASSERT_EQ(killed.testbed.rfind(folder + "/umockdev.", 0), 0u) << killed.testbed;
+    ASSERT_EQ(live.testbed.rfind(folder + "/umockdev.", 0), 0u) << live.testbed;
+    EXPECT_EQ(killed.tmpdir, tmp);
+    // Not corvelsim's: a folder without its lock, and a link to a folder with one.
+    std::filesystem::create_directories(folder + "/umockdev.unmarked/dev");
+    std::filesystem::create_directory(dir.file("elsewhere"));
+    dir.write("elsewhere/corvelsim.lock", "");
+    std::filesystem::create_directory_symlink(dir.file("elsewhere"), folder + "/umockdev.link");
+
+    killed.end(SIGKILL);
+    EXPECT_TRUE(exists(killed.testbed)) << "left behind by the kill";
+
+    const SimRun next = runCommand(dir, {"/usr/bin/env", "TMPDIR=" + tmp, CORVELSIM_PATH, "--", "/bin/true"});
+    EXPECT_EQ(next.status, 0) << next.err;
+    EXPECT_FALSE(exists(killed.testbed));
+    EXPECT_TRUE(exists(live.testbed + "/corvelsim.lock"));
+    EXPECT_TRUE(exists(folder + "/umockdev.unmarked/dev"));
+    EXPECT_TRUE(exists(dir.file("elsewhere/corvelsim.lock")) && exists(folder + "/umockdev.link"));
+
+    // Ended by a signal it takes, corvelsim removes its own.
+    live.end(SIGTERM);
+    EXPECT_FALSE(exists(live.testbed));
 }
 
 // corvelsim ends with the command's exit status, 128 + the signal that
