@@ -20,10 +20,11 @@ namespace {
 constexpr int kTimeLimitSeconds = 5;
 constexpr int kSlowTimeLimitSeconds = 10;  // key generation and export
 constexpr int32_t kFileBufferSize = 16384;
-// With large files: a request in one packet (a 16-bit length) holds a file
-// Base64-encoded in at most 64000 characters.
-constexpr int32_t kLargeFileBufferSize = 64000;
-constexpr size_t kLargeFileRequest = 65000;
+// With large files: a file of 48,000 bytes is 64,000 characters in Base64
+// (and its terminator); its request, with the XML and a file name of up to
+// 255 bytes, stays within what one packet's 16-bit length can carry.
+constexpr int32_t kLargeFileBufferSize = 64004;
+constexpr size_t kLargeFileRequest = 65400;
 constexpr size_t kLongestFriendlyName = 31;
 
 // The friendly name to send: the default when none is given. Null for a

@@ -119,6 +119,17 @@ TEST(CtlFaults, LargeCaCertificateInstallsOverTheDeviceNode)
         EXPECT_TRUE(holds(dir.read("state.txt"), "name=\"" + std::string(name) + " CA_")) << name << " installed";
     }
 
+    // The largest file taken, 48,000 bytes (the certificate, then text after
+    // it), under a long name: its request still fits one packet.
+    const std::string longest = std::string(200, 'n') + ".pem";
+    std::string padded = dir.read("larger.pem") + "\n";
+    padded.resize(48000 - 1, '#');
+    dir.write(longest, padded + "\n");
+    const SimRun atLimit = runCorvelctl(dir, {}, {"cert", "install-ca", longest});
+    EXPECT_EQ(atLimit.status, 0) << atLimit.err;
+    ASSERT_FALSE(atLimit.log.empty());
+    EXPECT_EQ(logValue(atLimit.log.back(), "status_code"), "1");
+
     const SimRun huge = runCorvelctl(dir, {}, {"cert", "install-ca", "huge.pem"});
     EXPECT_EQ(huge.status, 65) << huge.err;
     EXPECT_TRUE(holds(huge.err, "a certificate file may have at most 48000")) << huge.err;
