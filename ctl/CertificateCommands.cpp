@@ -6,6 +6,7 @@
 
 #include <cerrno>
 #include <cstring>
+#include <functional>
 
 #include "cert/CertMgr.h"
 #include "ctl/AtomicFile.h"
@@ -126,32 +127,42 @@ void checkReadable(const std::string& path)
 
 }  // namespace
 
-Report runCertInstallCa(const Invocation& invocation, const std::string& printerPath)
+namespace {
+
+// The commands that upload a certificate file: checked before anything is
+// sent, uploaded by `upload`, reported with what `extra` adds.
+Report installFile(const Invocation& invocation, const std::string& printerPath, const char* what,
+                   const std::function<int(CertMgr&)>& upload,
+                   const std::function<void(Report&, const CertMgr&)>& extra)
 {
     QuietCore quiet;
     checkReadable(invocation.certFile);
     PrinterLink link(invocation, printerPath);
     const std::unique_ptr<CertMgr> client = certificateClient(link);
-    // The client replaces a CA of the same name.
-    if (client->installCACert(invocation.certFile) != 0) {
-        throw callFailure(link, *client, "installing the CA certificate");
+    if (upload(*client) != 0) {
+        throw callFailure(link, *client, what);
     }
-    return printerReport(printerPath)
-        .addText("file", invocation.certFile)
-        .addBool("installed", true)
-        .addBool("replaced", client->replacedCA());
+    Report report = printerReport(printerPath).addText("file", invocation.certFile).addBool("installed", true);
+    extra(report, *client);
+    return report;
+}
+
+}  // namespace
+
+Report runCertInstallCa(const Invocation& invocation, const std::string& printerPath)
+{
+    // The client replaces a CA of the same name.
+    return installFile(
+        invocation, printerPath, "installing the CA certificate",
+        [&](CertMgr& client) { return client.installCACert(invocation.certFile); },
+        [](Report& report, const CertMgr& client) { report.addBool("replaced", client.replacedCA()); });
 }
 
 Report runCertInstall(const Invocation& invocation, const std::string& printerPath)
 {
-    QuietCore quiet;
-    checkReadable(invocation.certFile);
-    PrinterLink link(invocation, printerPath);
-    const std::unique_ptr<CertMgr> client = certificateClient(link);
-    if (client->installSignedCert(invocation.certFile) != 0) {
-        throw callFailure(link, *client, "installing the certificate");
-    }
-    return printerReport(printerPath).addText("file", invocation.certFile).addBool("installed", true);
+    return installFile(
+        invocation, printerPath, "installing the certificate",
+        [&](CertMgr& client) { return client.installSignedCert(invocation.certFile); }, [](Report&, const CertMgr&) {});
 }
 
 }  // namespace corvelctl

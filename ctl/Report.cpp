@@ -96,13 +96,17 @@ void appendHuman(std::string& out, const Report& report, const std::string& inde
 
 }  // namespace
 
+Report::Field& Report::append(std::string key, FieldKind kind)
+{
+    Field& field = m_Fields.emplace_back();
+    field.key = std::move(key);
+    field.kind = kind;
+    return field;
+}
+
 Report& Report::addText(std::string key, std::string value)
 {
-    Field field;
-    field.key = std::move(key);
-    field.kind = Field::Kind::Text;
-    field.text = std::move(value);
-    m_Fields.push_back(std::move(field));
+    append(std::move(key), Field::Kind::Text).text = std::move(value);
     return *this;
 }
 
@@ -113,49 +117,31 @@ Report& Report::addOptionalText(std::string key, const std::optional<std::string
 
 Report& Report::addNull(std::string key)
 {
-    Field field;
-    field.key = std::move(key);
-    m_Fields.push_back(std::move(field));
+    append(std::move(key), Field::Kind::Null);
     return *this;
 }
 
 Report& Report::addInteger(std::string key, long long value)
 {
-    Field field;
-    field.key = std::move(key);
-    field.kind = Field::Kind::Integer;
-    field.integer = value;
-    m_Fields.push_back(std::move(field));
+    append(std::move(key), Field::Kind::Integer).integer = value;
     return *this;
 }
 
 Report& Report::addBool(std::string key, bool value)
 {
-    Field field;
-    field.key = std::move(key);
-    field.kind = Field::Kind::Bool;
-    field.flag = value;
-    m_Fields.push_back(std::move(field));
+    append(std::move(key), Field::Kind::Bool).flag = value;
     return *this;
 }
 
 Report& Report::addObject(std::string key, Report object)
 {
-    Field field;
-    field.key = std::move(key);
-    field.kind = Field::Kind::Object;
-    field.children.push_back(std::move(object));
-    m_Fields.push_back(std::move(field));
+    append(std::move(key), Field::Kind::Object).children.push_back(std::move(object));
     return *this;
 }
 
 Report& Report::addList(std::string key, std::vector<Report> items)
 {
-    Field field;
-    field.key = std::move(key);
-    field.kind = Field::Kind::List;
-    field.children = std::move(items);
-    m_Fields.push_back(std::move(field));
+    append(std::move(key), Field::Kind::List).children = std::move(items);
     return *this;
 }
 

@@ -10,6 +10,7 @@ namespace corvelctl {
 
 class Report {
 public:
+    enum class FieldKind { Text, Null, Integer, Bool, Object, List };
     struct Field;
 
     // Each adds a field at the end and returns the report, so calls chain.
@@ -40,11 +41,14 @@ public:
     std::string renderJson() const;
 
 private:
+    // A new last field of `kind`, for the adders to fill in.
+    Field& append(std::string key, FieldKind kind);
+
     std::vector<Field> m_Fields;
 };
 
 struct Report::Field {
-    enum class Kind { Text, Null, Integer, Bool, Object, List };
+    using Kind = FieldKind;
     std::string key;
     Kind kind = Kind::Null;
     std::string text;
