@@ -11,15 +11,15 @@
 #include <optional>
 #include <string>
 
-#include "sim/ChildProcess.h"
-#include "sim/PrinterServer.h"
-#include "sim/RequestLog.h"
-#include "sim/SimOptions.h"
-#include "sim/SharedStateFile.h"
-#include "sim/SimSignals.h"
-#include "sim/StandardDescriptors.h"
-#include "sim/Testbed.h"
-#include "sim/UsbPrinterDevice.h"
+#include "sim/devices/PrinterServer.h"
+#include "sim/devices/Testbed.h"
+#include "sim/devices/UsbPrinterDevice.h"
+#include "sim/process/ChildProcess.h"
+#include "sim/process/RequestLog.h"
+#include "sim/process/SharedStateFile.h"
+#include "sim/process/SimOptions.h"
+#include "sim/process/SimSignals.h"
+#include "sim/process/StandardDescriptors.h"
 
 using namespace corvelsim;
 

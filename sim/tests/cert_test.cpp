@@ -7,10 +7,10 @@
 
 #include <pugixml.hpp>
 
-#include "sim/AuthStatus.h"
-#include "sim/CertManager.h"
-#include "sim/CertStore.h"
-#include "sim/StateFile.h"
+#include "sim/printer/AuthStatus.h"
+#include "sim/printer/CertManager.h"
+#include "sim/printer/CertStore.h"
+#include "sim/process/StateFile.h"
 #include "tests/support/SelfSignedCert.h"
 
 namespace corvelsim {

@@ -4,11 +4,11 @@
 
 #include <cstdio>
 
-#include "sim/Faults.h"
-#include "sim/NpaPacket.h"
-#include "sim/PrinterSysfs.h"
-#include "sim/SimOptions.h"
-#include "sim/UsbPrinterDevice.h"
+#include "sim/devices/PrinterSysfs.h"
+#include "sim/devices/UsbPrinterDevice.h"
+#include "sim/printer/Faults.h"
+#include "sim/process/SimOptions.h"
+#include "sim/wire/NpaPacket.h"
 
 namespace corvelsim {
 namespace {

@@ -5,11 +5,11 @@
 
 #include <algorithm>
 
-#include "sim/Faults.h"
-#include "sim/NpaPacket.h"
-#include "sim/PrinterState.h"
-#include "sim/Responder.h"
-#include "sim/StateFile.h"
+#include "sim/printer/Faults.h"
+#include "sim/printer/PrinterState.h"
+#include "sim/printer/Responder.h"
+#include "sim/process/StateFile.h"
+#include "sim/wire/NpaPacket.h"
 
 namespace corvelsim {
 namespace {
