@@ -1,4 +1,4 @@
-// corvelsim: a simulated printer on /dev/usb/lpN (and/or the USB bus, for
+// corvelsim: simulated printers on /dev/usb/lpN (and/or the USB bus, for
 // libusb) for corvelcfg and scripts.
 #include <sys/wait.h>
 #include <unistd.h>
@@ -8,15 +8,16 @@
 #include <csignal>
 #include <cstdio>
 #include <cstring>
+#include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "sim/devices/PrinterServer.h"
+#include "sim/devices/ServedPrinter.h"
 #include "sim/devices/Testbed.h"
-#include "sim/devices/UsbPrinterDevice.h"
 #include "sim/process/ChildProcess.h"
-#include "sim/process/RequestLog.h"
-#include "sim/process/SharedStateFile.h"
+#include "sim/process/PrinterPlan.h"
 #include "sim/process/SimOptions.h"
 #include "sim/process/SimSignals.h"
 #include "sim/process/StandardDescriptors.h"
@@ -29,7 +30,7 @@ volatile std::sig_atomic_t g_TerminateRequested = 0;
 
 void onTerminate(int) { g_TerminateRequested = 1; }
 
-// Serves the printer until the child ends; returns its wait status. A SIGTERM
+// Serves the printers until the child ends; returns its wait status. A SIGTERM
 // or SIGHUP to corvelsim goes on to the child as SIGTERM, and a child still
 // there `killAfterMs` real milliseconds later (one that ignores SIGTERM, or
 // is stuck where it cannot take it) is killed.
@@ -85,27 +86,25 @@ int main(int argc, char** argv)
         return 0;
     }
 
-    PrinterState state = factoryState(options.life);
-    SharedStateFile stateFile;
-    if (!options.statePath.empty() && !stateFile.open(options.statePath, state, error)) return fail(error);
-    RequestLog log;
-    if (!options.logPath.empty() && !log.open(options.logPath))
-        return fail("cannot open the request log '" + options.logPath + "': " + std::strerror(errno));
+    // Every printer's files first: a state file refused leaves no testbed behind.
+    const std::vector<PrinterPlan> plans = planPrinters(options);
+    std::vector<std::unique_ptr<ServedPrinter>> printers;
+    for (const PrinterPlan& plan : plans) {
+        printers.push_back(std::make_unique<ServedPrinter>(plan, options.life));
+        if (!printers.back()->openFiles(error)) return fail(error);
+    }
 
     std::unique_ptr<Testbed> testbed = Testbed::create(error);
     if (!testbed) return fail(error);
-    const std::vector<int> lpNumbers = options.noLp ? std::vector<int>{kNoLpNode} : options.lpNumbers;
-    std::vector<PrinterPlacement> printers =
-        placePrinters(lpNumbers, options.usb.bus, options.usb.device, options.usb.identity.serial);
-    std::unique_ptr<UsbPrinterDevice> usbDevice;
-    if (options.usb.bus != 0) {
-        usbDevice = UsbPrinterDevice::attach(testbed->umockdevTestbed(), options.usb, error);
-        if (!usbDevice) return fail(error);
-        printers.front().descriptors = usbDescriptors(options.usb);  // the libusb route reaches the first printer
+    const std::vector<std::vector<PrinterPlacement>> placed = placePlans(plans);
+    std::vector<PrinterPlacement> placements;
+    for (size_t i = 0; i < printers.size(); ++i) {
+        if (!printers[i]->attachUsb(testbed->umockdevTestbed(), error)) return fail(error);
+        placements.insert(placements.end(), placed[i].begin(), placed[i].end());
     }
-    if (!testbed->addPrinters(printers, options.usb.identity, error)) return fail(error);
-    PrinterServer server(*testbed, state, options.faults, log, options.statePath.empty() ? nullptr : &stateFile);
-    if (usbDevice) server.addUsbPort(usbDevice->serverFd(), usbDevice->address());
+    if (!testbed->addPrinters(placements, options.usb.identity, error)) return fail(error);
+    for (size_t i = 0; i < printers.size(); ++i) printers[i]->addPorts(*testbed, placed[i]);
+    PrinterServer server(*testbed, std::move(printers));
 
     takeOverSignals(onTerminate);
     ChildSetup setup{options.command, testbed->rootDir(), options.speed};

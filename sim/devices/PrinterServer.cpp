@@ -15,35 +15,19 @@ namespace {
 constexpr auto kStaleInput = std::chrono::milliseconds(300);
 }  // namespace
 
-PrinterServer::PrinterServer(Testbed& testbed, PrinterState& state, const FaultSet& faults, RequestLog& log,
-                             SharedStateFile* stateFile)
-    : m_Testbed(testbed), m_State(state), m_Faults(faults), m_Log(log), m_Responder(state, faults),
-      m_StateFile(stateFile)
-{
-    for (const auto& [lp, fd] : testbed.masters()) {
-        Port port;
-        port.lp = lp;
-        port.fd = fd;
-        m_Ports.push_back(std::move(port));
-    }
-}
-
-void PrinterServer::addUsbPort(int fd, const std::string& address)
-{
-    Port port;
-    port.lp = -1;  // no pty to flush: the device drops an unread answer itself
-    port.fd = fd;
-    port.usbAddress = address;
-    m_Ports.push_back(std::move(port));
-}
+PrinterServer::PrinterServer(Testbed& testbed, std::vector<std::unique_ptr<ServedPrinter>> printers)
+    : m_Testbed(testbed), m_Printers(std::move(printers))
+{}
 
 int PrinterServer::nextWaitMs(int timeoutMs, TimePoint now) const
 {
     int wait = timeoutMs;
-    for (const Port& port : m_Ports) {
-        if (port.outbox.empty()) continue;
-        auto untilDue = std::chrono::duration_cast<std::chrono::milliseconds>(port.outbox.front().due - now);
-        wait = std::min<int>(wait, untilDue.count() < 0 ? 0 : int(untilDue.count()));
+    for (const auto& printer : m_Printers) {
+        for (const PrinterPort& port : printer->ports()) {
+            if (port.outbox.empty()) continue;
+            auto untilDue = std::chrono::duration_cast<std::chrono::milliseconds>(port.outbox.front().due - now);
+            wait = std::min<int>(wait, untilDue.count() < 0 ? 0 : int(untilDue.count()));
+        }
     }
     return wait;
 }
@@ -51,16 +35,20 @@ int PrinterServer::nextWaitMs(int timeoutMs, TimePoint now) const
 void PrinterServer::serveOnce(int timeoutMs)
 {
     std::vector<pollfd> fds;
-    for (const Port& port : m_Ports) fds.push_back({port.fd, POLLIN, 0});
+    for (const auto& printer : m_Printers)
+        for (const PrinterPort& port : printer->ports()) fds.push_back({port.fd, POLLIN, 0});
     int ready = poll(fds.data(), fds.size(), nextWaitMs(timeoutMs, std::chrono::steady_clock::now()));
 
-    for (size_t i = 0; i < m_Ports.size(); ++i) {
-        Port& port = m_Ports[i];
-        if (ready > 0 && (fds[i].revents & POLLIN)) readInput(port);
-        while (auto packet = port.reader.nextPacket()) handlePacket(port, *packet);
-        TimePoint now = std::chrono::steady_clock::now();
-        dropStaleInput(port, now);
-        sendDue(port, now);
+    size_t i = 0;
+    for (const auto& printer : m_Printers) {
+        for (PrinterPort& port : printer->ports()) {
+            const bool readable = fds[i++].revents & POLLIN;
+            if (ready > 0 && readable) readInput(port);
+            while (auto packet = port.reader.nextPacket()) handlePacket(*printer, port, *packet);
+            TimePoint now = std::chrono::steady_clock::now();
+            dropStaleInput(*printer, port, now);
+            sendDue(port, now);
+        }
     }
     // A hang-up reported without data would make poll return at once: pause.
     if (ready > 0) {
@@ -70,7 +58,7 @@ void PrinterServer::serveOnce(int timeoutMs)
     }
 }
 
-void PrinterServer::readInput(Port& port)
+void PrinterServer::readInput(PrinterPort& port)
 {
     // Large enough for any one bulk transfer, which arrives as one message.
     static uint8_t buffer[65536];
@@ -83,19 +71,19 @@ void PrinterServer::readInput(Port& port)
     }
 }
 
-void PrinterServer::handlePacket(Port& port, const Bytes& packet)
+void PrinterServer::handlePacket(ServedPrinter& printer, PrinterPort& port, const Bytes& packet)
 {
     if (!port.opening.empty()) {
         Bytes opening;
         opening.swap(port.opening);
         if (isCertMgrCall(packet)) {
-            handleRequest(port, decodeCertMgr(opening, packet), true);
+            handleRequest(printer, port, decodeCertMgr(opening, packet), true);
             return;
         }
         Request lone;
         lone.raw = opening;
         lone.problem = "0x80 packet without a certificate-manager call after it";
-        handleRequest(port, lone, true);
+        handleRequest(printer, port, lone, true);
     }
     if (isCertMgrOpening(packet)) {
         port.opening = packet;  // the call itself follows in the same write
@@ -104,22 +92,23 @@ void PrinterServer::handlePacket(Port& port, const Bytes& packet)
     if (isCertMgrCall(packet)) {
         Request call = decodeCertMgr({}, packet);
         call.problem = "certificate-manager call without its 0x80 packet";
-        handleRequest(port, call, true);
+        handleRequest(printer, port, call, true);
         return;
     }
-    handleRequest(port, decodePacket(packet), true);
+    handleRequest(printer, port, decodePacket(packet), true);
 }
 
-void PrinterServer::handleRequest(Port& port, const Request& request, bool answer)
+void PrinterServer::handleRequest(ServedPrinter& printer, PrinterPort& port, const Request& request, bool answer)
 {
     LogEntry entry;
     entry.port = port.lp;
     entry.usbAddress = port.usbAddress;
+    entry.serial = port.serial;
     entry.bulkOut.swap(port.bulkOut);
     entry.request = &request;
-    if (answer && m_Faults.vanishAfter >= 0 && m_Answered >= m_Faults.vanishAfter) {
+    if (answer && printer.vanishesNow()) {
         entry.faults.push_back("vanish");
-        m_Log.write(entry);
+        printer.log(entry);
         if (port.lp >= 0) {
             m_Testbed.hangUp(port.lp);
         } else {
@@ -130,19 +119,12 @@ void PrinterServer::handleRequest(Port& port, const Request& request, bool answe
         return;
     }
     if (answer) {
-        ++m_Answered;
         // Whatever the utility left unread belongs to an earlier exchange.
         m_Testbed.discardUnread(port.lp);
         port.outbox.clear();
 
-        Decision decision;
-        auto respond = [&] { decision = m_Responder.answer(request); };
-        std::string error;
-        if (!m_StateFile)
-            respond();
-        else if (!m_StateFile->update(m_State, respond, error))
-            std::fprintf(stderr, "corvelsim: %s; the state is kept in memory only from now on\n", error.c_str());
-        Delivery delivery = deliver(decision.answer, m_Faults);
+        const Decision decision = printer.respond(request);
+        Delivery delivery = deliver(decision.answer, printer.faults());
         entry.faults = decision.faults;
         entry.faults.insert(entry.faults.end(), delivery.applied.begin(), delivery.applied.end());
         entry.answer = delivery.bytes;
@@ -156,36 +138,38 @@ void PrinterServer::handleRequest(Port& port, const Request& request, bool answe
         for (TimedWrite& write : writesOf(delivery))
             port.outbox.push_back({now + std::chrono::milliseconds(write.atMs), std::move(write.bytes)});
     }
-    m_Log.write(entry);
+    printer.log(entry);
 }
 
 void PrinterServer::finish()
 {
-    for (Port& port : m_Ports) {
-        readInput(port);
-        while (auto packet = port.reader.nextPacket()) handlePacket(port, *packet);
-        dropStaleInput(port, std::chrono::steady_clock::now(), true);
+    for (const auto& printer : m_Printers) {
+        for (PrinterPort& port : printer->ports()) {
+            readInput(port);
+            while (auto packet = port.reader.nextPacket()) handlePacket(*printer, port, *packet);
+            dropStaleInput(*printer, port, std::chrono::steady_clock::now(), true);
+        }
     }
 }
 
-void PrinterServer::dropStaleInput(Port& port, TimePoint now, bool force)
+void PrinterServer::dropStaleInput(ServedPrinter& printer, PrinterPort& port, TimePoint now, bool force)
 {
     if (!force && now - port.lastInput < kStaleInput) return;
     if (!port.opening.empty()) {
         Request lone;
         lone.raw.swap(port.opening);
         lone.problem = "0x80 packet without a certificate-manager call after it";
-        handleRequest(port, lone, true);
+        handleRequest(printer, port, lone, true);
     }
     if (port.reader.hasPartial()) {
         Request partial;
         partial.raw = port.reader.dropPartial();
         partial.problem = "incomplete packet";
-        handleRequest(port, partial, false);
+        handleRequest(printer, port, partial, false);
     }
 }
 
-void PrinterServer::sendDue(Port& port, TimePoint now)
+void PrinterServer::sendDue(PrinterPort& port, TimePoint now)
 {
     while (!port.outbox.empty() && port.outbox.front().due <= now) {
         Bytes& bytes = port.outbox.front().bytes;

@@ -58,23 +58,28 @@ std::string kernelProduct(const UsbIdentity& identity)
 
 std::string usbNodePath(int bus, int device) { return "/dev/bus/usb/" + threeDigits(bus) + "/" + threeDigits(device); }
 
+PrinterPlacement placePrinter(int lp, int index, int usbBus, int usbDevice, const std::string& serial)
+{
+    PrinterPlacement printer;
+    printer.lp = lp;
+    printer.bus = usbBus != 0 ? usbBus : 1;
+    const int firstDevice = usbBus != 0 ? usbDevice : kFirstDevice;
+    // At most 17 printers: counting on from the first and wrapping within
+    // 1..127 never meets a number twice.
+    printer.device = (firstDevice - 1 + index) % kLastDevice + 1;
+    printer.port = index + 1;
+    printer.serial = serial;
+    return printer;
+}
+
 std::vector<PrinterPlacement> placePrinters(const std::vector<int>& lpNumbers, int usbBus, int usbDevice,
                                             const std::string& serial)
 {
     std::vector<PrinterPlacement> printers;
-    const int bus = usbBus != 0 ? usbBus : 1;
-    const int firstDevice = usbBus != 0 ? usbDevice : kFirstDevice;
     for (int lp : lpNumbers) {
-        PrinterPlacement printer;
         const int index = int(printers.size());
-        printer.lp = lp;
-        printer.bus = bus;
-        // At most 17 printers: counting on from the first and wrapping
-        // within 1..127 never meets a number twice.
-        printer.device = (firstDevice - 1 + index) % kLastDevice + 1;
-        printer.port = index + 1;
-        printer.serial = index == 0 ? serial : serial + "-lp" + std::to_string(lp);
-        printers.push_back(printer);
+        printers.push_back(
+            placePrinter(lp, index, usbBus, usbDevice, index == 0 ? serial : serial + "-lp" + std::to_string(lp)));
     }
     return printers;
 }

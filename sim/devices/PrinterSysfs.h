@@ -34,6 +34,10 @@ struct PrinterPlacement {
 std::vector<PrinterPlacement> placePrinters(const std::vector<int>& lpNumbers, int usbBus, int usbDevice,
                                             const std::string& serial);
 
+// The printer at `index` (0-based) in that order: port index + 1, the
+// index-th device number from the first.
+PrinterPlacement placePrinter(int lp, int index, int usbBus, int usbDevice, const std::string& serial);
+
 // The umockdev descriptions of the printer's devices, parents first: the USB
 // device, its interface, its lp node (when it has one; the interface's driver
 // is usblp only then).

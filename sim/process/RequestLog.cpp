@@ -73,9 +73,10 @@ std::string jsonString(const std::string& text)
 std::string formatLogEntry(int seq, const LogEntry& entry)
 {
     const Request& request = *entry.request;
-    std::string json = "{\"seq\":" + std::to_string(seq) + ",\"port\":" + routeJson(entry) + ",\"kind\":\"" +
-                       kindName(request.kind) + "\",\"envelope\":" + (request.envelope ? "true" : "false") +
-                       ",\"raw\":\"" + toHex(request.raw) + "\"";
+    std::string json = "{\"seq\":" + std::to_string(seq) + ",\"port\":" + routeJson(entry) +
+                       ",\"serial\":" + jsonString(entry.serial) + ",\"kind\":\"" + kindName(request.kind) +
+                       "\",\"envelope\":" + (request.envelope ? "true" : "false") + ",\"raw\":\"" + toHex(request.raw) +
+                       "\"";
     switch (request.kind) {
     case RequestKind::Read:
         json += ",\"group\":\"" + hexByte(request.group) + "\",\"field\":\"" + hexByte(request.field) + "\"";

@@ -1,9 +1,10 @@
 // The request log: one JSON object per line for every request received,
 // written and flushed as it happens.
 //
-//   {"seq":1,"port":0,"kind":"read","envelope":false,"raw":"A5000650E0D8002808",
-//    "group":"28","field":"08","answer":"A5...","faults":[]}
+//   {"seq":1,"port":0,"route":"lp","serial":"CVSIM0001","kind":"read","envelope":false,
+//    "raw":"A5000650E0D8002808","group":"28","field":"08","answer":"A5...","faults":[]}
 //
+// "serial" is the serial number of the printer (its USB device) that took it.
 // A request that came over the USB bus has "route":"usb", its "port" is the
 // device's "BBB:DDD" and "bulk_out" lists the sizes of the bulk transfers
 // that carried it ("64,36"); otherwise "route" is "lp".
@@ -26,6 +27,7 @@ struct LogEntry {
     int port = 0;                 // the lp number the request came in on
     std::string usbAddress;       // "BBB:DDD" when it came over the USB bus, else ""
     std::vector<size_t> bulkOut;  // USB: the size of each bulk transfer that carried it
+    std::string serial;           // the printer's serial number
     const Request* request = nullptr;
     Bytes answer;  // what was written back, faults included
     std::vector<std::string> faults;

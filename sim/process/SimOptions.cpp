@@ -8,6 +8,8 @@ namespace corvelsim {
 namespace {
 
 const int kMaxPolls = 1000000;
+const int kMaxLp = 16;
+const int kMaxUsbDevice = 127;
 
 bool parseInt(const std::string& text, int low, int high, int& value)
 {
@@ -48,6 +50,58 @@ bool checkNoLp(const SimOptions& options, std::string& error)
         error = "--no-lp and --lp cannot go together: --no-lp attaches no lp node";
     else if (options.usb.bus == 0)
         error = "--no-lp needs --usb BUS:DEV: without an lp node libusb is the only way to the printer";
+    return error.empty();
+}
+
+// "K:NAME[=V]", the fault checked as --fault checks it.
+bool parsePrinterFault(const std::string& text, std::vector<PrinterFault>& faults, std::string& error)
+{
+    const size_t colon = text.find(':');
+    PrinterFault fault;
+    if (colon == std::string::npos || !parseInt(text.substr(0, colon), 1, kMaxPrinters, fault.printer)) {
+        error = "--printer-fault needs K:NAME[=V], K a printer's number from 1 to " + std::to_string(kMaxPrinters);
+        return false;
+    }
+    fault.fault = text.substr(colon + 1);
+    FaultSet unused;
+    if (!addFault(unused, fault.fault, error)) return false;
+    faults.push_back(fault);
+    return true;
+}
+
+// What several printers need: one file each, a node and a device number each
+// in range, and faults for printers that exist.
+bool checkPrinters(const SimOptions& options, std::string& error)
+{
+    const int count = options.printers;
+    const std::string many = "with --printers " + std::to_string(count);
+    const std::string& serial = options.usb.identity.serial;
+    if (!options.statePath.empty() && !options.stateDir.empty())
+        error =
+            "--state and --state-dir cannot go together: --state-dir keeps each printer's state in DIR/SERIAL.state";
+    else if (!options.logPath.empty() && !options.logDir.empty())
+        error = "--log and --log-dir cannot go together: --log-dir writes each printer's log to DIR/SERIAL.log";
+    else if (count > 1 && !options.statePath.empty())
+        error = "--state FILE holds one printer's state; " + many + " use --state-dir DIR (DIR/SERIAL.state)";
+    else if (count > 1 && !options.logPath.empty())
+        error = "--log FILE is one printer's log; " + many + " use --log-dir DIR (DIR/SERIAL.log)";
+    else if ((!options.stateDir.empty() || !options.logDir.empty()) && serial.find('/') != std::string::npos)
+        error = "--state-dir and --log-dir name files after the serial, which cannot hold a '/'";
+    else if (count > 1 && options.lpNumbers.size() > 1)
+        error = "--lp is the first printer's node " + many + " (printer K has lp(N+K-1)): give it once";
+    else if (count > 1 && !options.noLp && options.lpNumbers.front() + count - 1 > kMaxLp)
+        error = many + " from --lp " + std::to_string(options.lpNumbers.front()) + " the last lp number passes " +
+                std::to_string(kMaxLp);
+    else if (count > 1 && options.usb.bus != 0 && options.usb.device + count - 1 > kMaxUsbDevice)
+        error = many + " from --usb device " + std::to_string(options.usb.device) + " the last device number passes " +
+                std::to_string(kMaxUsbDevice);
+    for (const PrinterFault& fault : options.printerFaults) {
+        if (!error.empty()) break;
+        if (fault.printer > count)
+            error = "--printer-fault " + std::to_string(fault.printer) + ":" + fault.fault + " names printer " +
+                    std::to_string(fault.printer) + ", but there " +
+                    (count == 1 ? "is 1" : "are " + std::to_string(count)) + " (--printers)";
+    }
     return error.empty();
 }
 
@@ -97,6 +151,15 @@ std::string helpText()
                        "                    printer interface; the first (lowest lp number) is the\n"
                        "                    one --usb puts on the bus and has the serial as given,\n"
                        "                    the others have SERIAL-lpN\n"
+                       "  --printers N      N independent printers (1..16) made like the first, which\n"
+                       "                    the other options describe. Printer K has its own lp\n"
+                       "                    node lp(L+K-1) from --lp L (none with --no-lp), its own\n"
+                       "                    USB device DEV+K-1 on the bus of --usb BUS:DEV, its\n"
+                       "                    serial the first's with its trailing number K-1 higher,\n"
+                       "                    same width (CVSIM0001, CVSIM0002 ...; without trailing\n"
+                       "                    digits SERIAL, SERIAL-2 ...), and its own state, log,\n"
+                       "                    faults and network life; one --lp at most, and\n"
+                       "                    --state-dir/--log-dir instead of --state/--log\n"
                        "  --state FILE      keep the printer's state in FILE: its settings, the\n"
                        "                    subject readCertDefaults answers, its keys and\n"
                        "                    certificates, so that one run's state is seen by the\n"
@@ -116,7 +179,9 @@ std::string helpText()
                        "                    for certificate-manager calls, problem, answered,\n"
                        "                    answer (hex), faults, delay_ms; route: lp, or usb with\n"
                        "                    bulk_out, the sizes of the request's bulk transfers\n"
-                       "                    (\"64,36\")\n"
+                       "                    (\"64,36\"); serial: the printer's\n"
+                       "  --state-dir DIR   keep each printer's state in DIR/SERIAL.state, as --state\n"
+                       "  --log-dir DIR     append each printer's requests to DIR/SERIAL.log, as --log\n"
                        "  --speed N         run the command under faketime N times faster (1..100,\n"
                        "                    1 is real time) so that its fixed waits pass quickly;\n"
                        "                    the printer itself answers at once, in real time\n"
@@ -133,6 +198,9 @@ std::string helpText()
                        "                    (default 192.168.1.57)\n"
                        "  --fault NAME[=V]  misbehave; repeatable. NAME is one of:\n") +
            faultHelp() +
+           "  --printer-fault K:NAME[=V]\n"
+           "                    a fault of printer K (1..N of --printers) alone, added to\n"
+           "                    those --fault gives every printer; repeatable\n"
            "  --version         print corvelsim's version and exit\n"
            "  -h, --help        show this text\n"
            "\n"
@@ -181,7 +249,8 @@ bool parseOptions(int argc, const char* const* argv, SimOptions& options, std::s
                 name == "--join-after" || name == "--ready-after" || name == "--ip" || name == "--fault" ||
                 name == "--usb" || name == "--usb-packet" || name == "--usb-layout" || name == "--usb-trace" ||
                 name == "--vendor-id" || name == "--product-id" || name == "--manufacturer" || name == "--product" ||
-                name == "--serial")
+                name == "--serial" || name == "--printers" || name == "--state-dir" || name == "--log-dir" ||
+                name == "--printer-fault")
                 ++i;
         } else if (name.rfind("--", 0) == 0) {
             error = "option " + name + " needs a value";
@@ -190,7 +259,7 @@ bool parseOptions(int argc, const char* const* argv, SimOptions& options, std::s
 
         int number = 0;
         if (name == "--lp") {
-            if (!parseInt(value, 0, 16, number)) {
+            if (!parseInt(value, 0, kMaxLp, number)) {
                 error = "--lp needs a number from 0 to 16";
                 return false;
             }
@@ -199,6 +268,19 @@ bool parseOptions(int argc, const char* const* argv, SimOptions& options, std::s
             options.statePath = value;
         } else if (name == "--log") {
             options.logPath = value;
+        } else if (name == "--printers") {
+            if (!parseInt(value, 1, kMaxPrinters, options.printers)) {
+                error = "--printers needs a count from 1 to " + std::to_string(kMaxPrinters);
+                return false;
+            }
+        } else if (name == "--state-dir" || name == "--log-dir") {
+            if (value.empty()) {
+                error = name + " needs a folder";
+                return false;
+            }
+            (name == "--state-dir" ? options.stateDir : options.logDir) = value;
+        } else if (name == "--printer-fault") {
+            if (!parsePrinterFault(value, options.printerFaults, error)) return false;
         } else if (name == "--speed") {
             if (!parseInt(value, 1, 100, options.speed)) {
                 error = "--speed needs a factor from 1 to 100";
@@ -266,11 +348,11 @@ bool parseOptions(int argc, const char* const* argv, SimOptions& options, std::s
             return false;
         }
     }
-    if (options.noLp) return checkNoLp(options, error);
-    if (options.lpNumbers.empty()) options.lpNumbers.push_back(0);
+    if (options.noLp && !checkNoLp(options, error)) return false;
+    if (!options.noLp && options.lpNumbers.empty()) options.lpNumbers.push_back(0);
     std::sort(options.lpNumbers.begin(), options.lpNumbers.end());
     options.lpNumbers.erase(std::unique(options.lpNumbers.begin(), options.lpNumbers.end()), options.lpNumbers.end());
-    return true;
+    return checkPrinters(options, error);
 }
 
 }  // namespace corvelsim
