@@ -123,4 +123,3 @@ def change_needed(status, ssid):
     if not status.get('connected'):
         return 'it has not joined %r' % ssid
     return None
-

@@ -19,7 +19,7 @@ description:
   - C(state=install) installs the printer's own signed certificate C(src) (C(corvelctl cert install)).
   - Each always reports a change; the printer cannot tell whether it holds the same certificate already.
 author:
-  - corvelcfg developers
+  - corvelcfg developers (!UNKNOWN)
 extends_documentation_fragment:
   - corvel.printer.corvelctl
 attributes:
@@ -28,6 +28,7 @@ attributes:
     description: Sends nothing and reports a change; checks that C(src) exists for the installs.
   diff_mode:
     support: none
+    description: Reports no differences.
 options:
   state:
     description: What to do.

@@ -16,7 +16,7 @@ description:
     connection, address, 802.1x status and certificate subject.
   - Returns them as C(printers) and as the fact C(corvel_printers).
 author:
-  - corvelcfg developers
+  - corvelcfg developers (!UNKNOWN)
 extends_documentation_fragment:
   - corvel.printer.corvelctl
 attributes:
@@ -25,8 +25,10 @@ attributes:
     description: Only reads; runs the same in check mode.
   diff_mode:
     support: none
+    description: Reports no differences.
   facts:
     support: full
+    description: Sets C(corvel_printers).
 options:
   printers:
     description:

@@ -20,7 +20,7 @@ description:
     nothing sent.
   - The passphrase goes to corvelctl on its standard input, never on its command line.
 author:
-  - corvelcfg developers
+  - corvelcfg developers (!UNKNOWN)
 extends_documentation_fragment:
   - corvel.printer.corvelctl
 attributes:
@@ -29,6 +29,7 @@ attributes:
     description: Reads each printer's status only and reports which ones would change; sends no settings.
   diff_mode:
     support: none
+    description: Reports no differences.
 options:
   printer:
     description:
@@ -195,7 +196,7 @@ def run_module():
             channel=dict(type='int'),
             mode=dict(type='str', choices=['managed', 'ad-hoc']),
             encryption=dict(type='str', choices=['tkip', 'aes', 'wep-dynamic']),
-            wep_tx_key=dict(type='int'),
+            wep_tx_key=dict(type='int', no_log=False),
             eap=dict(type='list', elements='str', choices=EAP_METHODS),
             inner=dict(type='str', choices=['chap', 'mschap', 'mschapv2', 'pap']),
             user=dict(type='str'),

@@ -24,7 +24,8 @@ if [ "${1:-}" != "--inside" ]; then
   else
     attach=(--lp 0 --log "$work/logs/CVSIM0001.log")
   fi
-  export PATH="$(dirname "$ctl"):$PATH"
+  PATH="$(dirname "$ctl"):$PATH"
+  export PATH
   export ASAN_OPTIONS="${ASAN_OPTIONS:-verify_asan_link_order=0}"
   exec "$sim" "${attach[@]}" -- "$0" --inside "$work" "$printers"
 fi
