@@ -62,6 +62,32 @@ def parse_answer(rc, stdout, stderr, printer=None):
     raise CorvelctlError(message, rc, printer)
 
 
+def split_several(selectors, rc, stdout, stderr):
+    """(selector, answer, error) for each printer of a several-printer run:
+    its JSON array holds one element per printer in the order named, a failed
+    one's with "error" and "exit". None when the array does not match the
+    printers named (corvelctl runs a printer named twice, such as lp0 and
+    /dev/usb/lp0, once), for the caller to run them one by one. Raises
+    CorvelctlError when the run failed as a whole (one error object)."""
+    try:
+        answer = json.loads(stdout) if stdout.strip() else None
+    except ValueError:
+        answer = None
+    if not isinstance(answer, list):
+        if rc != 0:
+            parse_answer(rc, stdout, stderr)  # raises with corvelctl's message
+        raise CorvelctlError('printed no JSON array: %r' % stdout[:200], rc)
+    if len(answer) != len(selectors):
+        return None
+    results = []
+    for selector, element in zip(selectors, answer):
+        if 'error' in element:
+            results.append((selector, None, CorvelctlError(element['error'], element.get('exit', rc), selector)))
+        else:
+            results.append((selector, element, None))
+    return results
+
+
 def selector_of(listed):
     """The --printer selector naming one printer of `corvelctl list`:
     its serial when it has one (stable across re-plugging), else its node or
@@ -87,6 +113,7 @@ class Corvelctl(object):
         self.module = module
         self.path = module.get_bin_path('corvelctl', required=True)
         self.timeout = timeout
+        self._several = None
 
     def run(self, args, printer=None, secret=None):
         """One run on one printer (or no printer: the one attached, or none
@@ -107,14 +134,28 @@ class Corvelctl(object):
     def list_printers(self):
         return self.run(['list'])['printers']
 
+    def several_printers_supported(self):
+        """Whether this corvelctl runs one command on several printers
+        (repeated --printer, --all): asked once, by `list --all`, which such
+        a corvelctl takes and an older one refuses as a usage error. Talks
+        to no printer."""
+        if self._several is None:
+            rc, _, _ = self.module.run_command([self.path, '--json', '--all', 'list'])
+            self._several = rc == 0
+        return self._several
+
     def run_on_printers(self, selectors, args, secret=None):
         """Runs one command on several printers; returns, in the order given,
         (selector, answer, error) for each, exactly one of answer and error
         being None.
 
-        This is the one place to switch to corvelctl's several-printer form
-        (repeated --printer, a JSON array) once it exists: until then, one
-        corvelctl run per printer."""
+        The one place that chooses how: corvelctl's several-printer form (one
+        run, repeated --printer, a JSON array) where corvelctl has it, else
+        one run per printer."""
+        if len(selectors) > 1 and self.several_printers_supported():
+            results = self._run_several(selectors, args, secret)
+            if results is not None:
+                return results
         results = []
         for selector in selectors:
             try:
@@ -123,11 +164,29 @@ class Corvelctl(object):
                 results.append((selector, None, error))
         return results
 
+    def _run_several(self, selectors, args, secret):
+        command = [self.path, '--json']
+        if self.timeout is not None:
+            command += ['--timeout', str(self.timeout)]
+        for selector in selectors:
+            command += ['--printer', selector]
+        command += list(args)
+        if secret is not None:
+            command.append('--passphrase-stdin')
+            rc, stdout, stderr = self.module.run_command(command, data=secret, binary_data=True)
+        else:
+            rc, stdout, stderr = self.module.run_command(command)
+        try:
+            return split_several(selectors, rc, stdout, stderr)
+        except CorvelctlError as error:
+            # Failed before any printer was talked to: the same for each.
+            return [(selector, None, error) for selector in selectors]
+
     def resolve(self, selectors):
         """The printers a module works on: those named, else every attached
         one, as (selector, listing) where listing is `corvelctl list`."""
         listing = self.list_printers()
-        if selectors:
+        if selectors is not None:
             return list(dict.fromkeys(selectors)), listing
         if not listing:
             raise CorvelctlError('no printer is attached', 69)

@@ -141,7 +141,7 @@ def run_module():
     )
     corvelctl = Corvelctl(module, module.params['timeout'])
     try:
-        if module.params['printers']:
+        if module.params['printers'] is not None:
             selectors, listing = corvelctl.resolve(module.params['printers'])
         else:
             # With nothing attached there is nothing to read: an empty list, not a failure.

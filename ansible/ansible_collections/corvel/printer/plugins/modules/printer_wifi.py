@@ -214,7 +214,7 @@ def run_module():
         module.fail_json(msg='; '.join(problems), printers=[])
 
     corvelctl = Corvelctl(module, params['timeout'])
-    named = [params['printer']] if params['printer'] else params['printers']
+    named = [params['printer']] if params['printer'] is not None else params['printers']
     try:
         selectors, listing = corvelctl.resolve(named)
     except CorvelctlError as error:

@@ -10,7 +10,7 @@ import json
 import unittest
 
 from ansible_collections.corvel.printer.plugins.module_utils.corvelctl import (
-    Corvelctl, CorvelctlError, parse_answer)
+    Corvelctl, CorvelctlError, parse_answer, split_several)
 
 
 class ParseAnswerTest(unittest.TestCase):
@@ -43,11 +43,33 @@ class ParseAnswerTest(unittest.TestCase):
         self.assertIn('no answer within the deadline', CorvelctlError('late', 75).describe())
 
 
-class FakeModule(object):
-    """Answers run_command from a table keyed by the --printer value."""
+class SplitSeveralTest(unittest.TestCase):
+    def test_each_element_belongs_to_the_printer_named_in_its_place(self):
+        array = [{'printer': '/dev/usb/lp0', 'serial': 'A', 'ssid': 'Office'},
+                 {'printer': '/dev/usb/lp1', 'serial': 'B', 'error': 'no answer within 5 s', 'exit': 75}]
+        results = split_several(['lp0', 'lp1'], 75, json.dumps(array), '')
+        self.assertEqual(results[0], ('lp0', array[0], None))
+        self.assertEqual((results[1][0], results[1][1]), ('lp1', None))
+        self.assertEqual((results[1][2].message, results[1][2].exit_status), ('no answer within 5 s', 75))
 
-    def __init__(self, answers):
+    def test_a_printer_named_twice_leaves_the_split_to_the_caller(self):
+        self.assertIsNone(split_several(['lp0', '/dev/usb/lp0'], 0, '[{"printer": "/dev/usb/lp0"}]', ''))
+
+    def test_a_failure_before_any_printer_fails_the_whole_run(self):
+        for rc, stdout, message in [(64, '{"error": "--ssid is missing", "exit": 64}', '--ssid is missing'),
+                                    (0, '{"printer": "/dev/usb/lp0"}', "printed no JSON array: '{\"printer\": \"/dev/usb/lp0\"}'")]:
+            with self.assertRaises(CorvelctlError) as raised:
+                split_several(['lp0', 'lp1'], rc, stdout, '')
+            self.assertEqual(raised.exception.message, message)
+
+
+class FakeModule(object):
+    """Answers run_command from a table keyed by the --printer value; with
+    `several`, a corvelctl that takes --all and repeated --printer."""
+
+    def __init__(self, answers, several=False):
         self.answers = answers
+        self.several = several
         self.calls = []
 
     def get_bin_path(self, name, required=False):
@@ -55,8 +77,13 @@ class FakeModule(object):
 
     def run_command(self, args, data=None, binary_data=False):
         self.calls.append((args, data))
-        printer = args[args.index('--printer') + 1] if '--printer' in args else None
-        rc, answer = self.answers[printer]
+        if '--all' in args:
+            return (0, '{"printers": []}', '') if self.several else (64, '{"error": "unknown option", "exit": 64}', '')
+        printers = [args[index + 1] for index, arg in enumerate(args) if arg == '--printer']
+        if len(printers) > 1:
+            elements = [dict(self.answers[printer][1], printer=printer) for printer in printers]
+            return max(self.answers[printer][0] for printer in printers), json.dumps(elements), ''
+        rc, answer = self.answers[printers[0] if printers else None]
         return rc, json.dumps(answer), ''
 
 
@@ -70,14 +97,20 @@ class RunnerTest(unittest.TestCase):
         self.assertEqual(data, 'correct horse')
 
     def test_each_printer_answers_or_fails_on_its_own(self):
-        module = FakeModule({
+        answers = {
             'lp0': (0, {'printer': '/dev/usb/lp0', 'ssid': 'Office'}),
             'lp1': (75, {'error': 'no answer', 'exit': 75}),
-        })
-        results = Corvelctl(module).run_on_printers(['lp0', 'lp1'], ['status'])
-        self.assertEqual([(selector, answer is None, error is None) for selector, answer, error in results],
-                         [('lp0', False, True), ('lp1', True, False)])
-        self.assertEqual(results[1][2].exit_status, 75)
+        }
+        # An older corvelctl: one run per printer; a newer one: one run for both.
+        for several, runs in ((False, 2), (True, 1)):
+            module = FakeModule(answers, several)
+            results = Corvelctl(module).run_on_printers(['lp0', 'lp1'], ['wifi'], secret='s3cret-pass')
+            self.assertEqual([(selector, answer is None, error is None) for selector, answer, error in results],
+                             [('lp0', False, True), ('lp1', True, False)])
+            self.assertEqual(results[1][2].exit_status, 75)
+            printer_runs = [(args, data) for args, data in module.calls if '--all' not in args]
+            self.assertEqual(len(printer_runs), runs, several)
+            self.assertTrue(all(data == 's3cret-pass' and 's3cret-pass' not in args for args, data in printer_runs))
 
     def test_all_attached_are_named_by_serial_else_by_node(self):
         listing = [{'node': '/dev/usb/lp0', 'bus_device': '001:002', 'serial': 'CVSIM0001'},
