@@ -11,6 +11,7 @@ packages=(
   openssl                              # certificates made and signed in the tests and the demo
   libgtest-dev                         # unit tests
   nlohmann-json3-dev                   # corvelctl's end-to-end tests read its JSON output
+  ansible-core ansible-lint            # the Ansible collection corvel.printer: its playbook tests, lint, sanity
   umockdev libumockdev-dev faketime    # the simulated printer and its fast clock
   libpugixml-dev                       # the simulated printer's XML
   clang libclang-rt-14-dev             # fuzzing (libFuzzer)
