@@ -114,7 +114,7 @@ check "corvelsim -- corvelcfg -c --security=802" "802.1x"
 
 # corvelctl: commands and cert subcommands; option values skipped when the
 # command is looked for; global options anywhere, a command's own after it.
-check "corvelctl " "cert list reset status wifi"
+check "corvelctl " "cert list provision reset status wifi"
 check "corvelctl --json -v --timeout 2 --printer 1:4 s" "status"
 check "corvelctl --printer=lp0 r" "reset"
 check "corvelctl cert " "defaults install install-ca request"
@@ -131,6 +131,9 @@ check "corvelctl -v wifi --ssid Lab --w" "--wait --wait= --wep-tx-key"
 check "corvelctl wifi --passphrase-" "--passphrase-file --passphrase-stdin"
 check "corvelctl wifi --passphrase-file=o" "office.conf"
 check "corvelctl wifi --wait=" ""
+check "corvelctl provision --set" "--settings --settings-dir"
+check "corvelctl provision --settings o" "office.conf"
+check "corvelctl --printer serial:X1 provision --settings-dir=o" ""
 # The values of wifi's options.
 check "corvelctl wifi --security wpa" "wpa-wpa2-psk wpa2-psk"
 check "corvelctl wifi --ssid Lab --security=8" "802.1x"

@@ -103,6 +103,7 @@ const char* commandName(Command command)
     case Command::List: return "list";
     case Command::Status: return "status";
     case Command::Wifi: return "wifi";
+    case Command::Provision: return "provision";
     case Command::CertDefaults: return "cert defaults";
     case Command::CertRequest: return "cert request";
     case Command::CertInstallCa: return "cert install-ca";

@@ -12,7 +12,7 @@
 
 namespace corvelctl {
 
-enum class Command { List, Status, Wifi, CertDefaults, CertRequest, CertInstallCa, CertInstall, Reset };
+enum class Command { List, Status, Wifi, Provision, CertDefaults, CertRequest, CertInstallCa, CertInstall, Reset };
 
 enum class Security { None, WepOpen, WepShared, WpaWpa2Psk, Wpa2Psk, Ieee8021x };
 enum class Encryption { Aes, Tkip, WepDynamic };
@@ -65,10 +65,18 @@ struct CertRequestOptions {
     CertSubject subject;
 };
 
+// Where provision finds its settings file: `settingsFile` when given, else
+// SERIAL.conf or default.conf in `settingsDir`.
+struct ProvisionOptions {
+    std::string settingsFile;
+    std::string settingsDir = "/etc/corvelcfg/printers";
+};
+
 struct Invocation {
     Command command = Command::List;
     GlobalOptions global;
     WifiOptions wifi;                // Command::Wifi
+    ProvisionOptions provision;      // Command::Provision
     CertRequestOptions certRequest;  // Command::CertRequest
     std::string certFile;            // Command::CertInstallCa, Command::CertInstall
 };

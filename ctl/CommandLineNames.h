@@ -34,13 +34,16 @@ inline constexpr Named<InnerAuthentication> kInnerMethods[] = {{"chap", InnerAut
                                                                {"pap", InnerAuthentication::Pap}};
 
 // "cert" is not among the commands: it only leads to its subcommands.
-inline constexpr Named<Command> kCommands[] = {
-    {"list", Command::List}, {"status", Command::Status}, {"wifi", Command::Wifi}, {"reset", Command::Reset}};
+inline constexpr Named<Command> kCommands[] = {{"list", Command::List},
+                                               {"status", Command::Status},
+                                               {"wifi", Command::Wifi},
+                                               {"provision", Command::Provision},
+                                               {"reset", Command::Reset}};
 inline constexpr Named<Command> kCertSubcommands[] = {{"defaults", Command::CertDefaults},
                                                       {"request", Command::CertRequest},
                                                       {"install-ca", Command::CertInstallCa},
                                                       {"install", Command::CertInstall}};
-inline constexpr char kCommandList[] = "list, status, wifi, cert, reset";
+inline constexpr char kCommandList[] = "list, status, wifi, provision, cert, reset";
 inline constexpr char kCertSubcommandList[] = "defaults, request, install-ca, install";
 
 // "a, b, c", for messages that say what is allowed.

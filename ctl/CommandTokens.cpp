@@ -27,6 +27,8 @@ const OptionSpec kOptions[] = {
     {"passphrase-stdin", 0, Takes::Nothing, Scope::Wifi},
     {"allow-shared-file", 0, Takes::Nothing, Scope::Wifi},
     {"wait", 0, Takes::AttachedValueOnly, Scope::Wifi},
+    {"settings", 0, Takes::Value, Scope::Provision},
+    {"settings-dir", 0, Takes::Value, Scope::Provision},
     {"out", 0, Takes::Value, Scope::CertRequest},
     {"force", 0, Takes::Nothing, Scope::CertRequest},
     {"common-name", 0, Takes::Value, Scope::CertRequest},
@@ -50,11 +52,21 @@ const OptionSpec* findShort(char name)
 Scope scopeOf(Command command)
 {
     if (command == Command::Wifi) return Scope::Wifi;
+    if (command == Command::Provision) return Scope::Provision;
     if (command == Command::CertRequest) return Scope::CertRequest;
     return Scope::Global;
 }
 
-const char* scopeCommand(Scope scope) { return scope == Scope::Wifi ? "wifi" : "cert request"; }
+const char* scopeCommand(Scope scope)
+{
+    switch (scope) {
+    case Scope::Global: break;
+    case Scope::Wifi: return "wifi";
+    case Scope::Provision: return "provision";
+    case Scope::CertRequest: return "cert request";
+    }
+    return "every command";
+}
 
 class TokenReader {
 public:

@@ -15,7 +15,7 @@
 namespace corvelctl {
 
 // Which command an option belongs to; Global ones go with every command.
-enum class Scope { Global, Wifi, CertRequest };
+enum class Scope { Global, Wifi, Provision, CertRequest };
 enum class Takes { Nothing, Value, AttachedValueOnly };
 
 struct OptionSpec {

@@ -32,6 +32,7 @@ Commands:
   list                 the USB printers attached
   status               SSID, connection, IPv4 address, 802.1x and certificate
   wifi                 join a network: corvelctl wifi --ssid SSID --security SEC
+  provision            apply the printer's settings file (when plugged in)
   cert defaults        the printer's default certificate subject
   cert request         have the printer make a key and a certificate request
   cert install-ca FILE install a CA certificate
@@ -99,6 +100,23 @@ The secret is never given on the command line. Without --passphrase-file or
 A final line end is removed. WPA: 8-63 printable ASCII characters or 64 hex
 digits. WEP: 1-4 keys, one a line, each 5 or 13 characters or 10 or 26 hex
 digits (the prompt takes one key). 802.1x: the password, 1-255 bytes.
+)";
+        break;
+    case Command::Provision:
+        text = R"(Usage: corvelctl [--printer serial:SERIAL] provision [--settings FILE |
+                                                          --settings-dir DIR]
+Applies a settings file as the wifi command applies its options: the file's
+lines are "key = value" (ssid, security, channel, mode, encryption,
+wep-tx-key, eap, inner, user, wait, passphrase), '#' starts a comment line.
+The file must be a regular file not open to group or others.
+
+  --settings FILE     the settings file to apply
+  --settings-dir DIR  where to look for SERIAL.conf (SERIAL: the printer's
+                      serial number), else default.conf
+                      (default /etc/corvelcfg/printers)
+
+Without a file to apply, it says so in one line and exits 0. It waits up to
+10 seconds for the printer (and its /dev/usb/lpN node) to appear.
 )";
         break;
     case Command::CertDefaults:

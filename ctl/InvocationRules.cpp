@@ -1,6 +1,7 @@
 #include "ctl/InvocationRules.h"
 
 #include "ctl/OptionValues.h"
+#include "ctl/WifiRules.h"
 
 #include <utility>
 
@@ -17,7 +18,8 @@ public:
         m_Invocation.command = *m_Raw.command;
         readGlobalOptions();
         switch (m_Invocation.command) {
-        case Command::Wifi: readWifiOptions(); break;
+        case Command::Wifi: m_Invocation.wifi = readWifiSettings({m_Raw.values, m_Raw.flags}); break;
+        case Command::Provision: readProvisionOptions(); break;
         case Command::CertRequest: readCertRequestOptions(); break;
         case Command::CertInstallCa:
         case Command::CertInstall: readCertificateFile(); break;
@@ -67,102 +69,16 @@ private:
         }
     }
 
-    void refuseUnless(bool applies, const char* name, const std::string& appliesTo)
+    void readProvisionOptions()
     {
-        if (has(name) && !applies) throw usage(std::string("--") + name + " applies to " + appliesTo + " only");
-    }
-
-    void readWifiOptions()
-    {
-        WifiOptions& wifi = m_Invocation.wifi;
-        wifi.ssid = required("ssid", "SSID");
-        checkLength("ssid", wifi.ssid, 32);
-        const auto security = value("security");
-        if (!security) {
-            throw usage(std::string("wifi needs --security, one of ") + namesOf(kSecurities));
-        }
-        wifi.security = securityOption(*security);
-        if (const auto channel = value("channel")) wifi.channel = integerOption("channel", *channel, 1, 11);
-        if (const auto mode = value("mode")) wifi.mode = namedOption("mode", *mode, kModes);
-        readEncryption();
-        readWep();
-        read8021x();
-        readSecretSource();
-        if (has("wait")) {
-            const auto seconds = value("wait");
-            if (seconds && seconds->empty()) throw usage("--wait= needs a number of seconds, 1-3600");
-            wifi.wait = std::chrono::seconds(seconds ? integerOption("wait", *seconds, 1, 3600) : 60);
-        }
-    }
-
-    void readEncryption()
-    {
-        WifiOptions& wifi = m_Invocation.wifi;
-        const auto text = value("encryption");
-        const bool isWpa = wifi.security == Security::WpaWpa2Psk || wifi.security == Security::Wpa2Psk;
-        if (!isWpa && wifi.security != Security::Ieee8021x) {
-            if (text) {
-                throw usage(std::string("--encryption does not apply to --security ") + securityName(wifi.security) +
-                            (wifi.security == Security::None ? "" : " (WEP is implied)"));
-            }
-            return;
-        }
-        wifi.encryption = Encryption::Aes;
-        if (!text) return;
-        if (isWpa && *text == "wep-dynamic") {
-            throw usage("--encryption wep-dynamic applies to --security 802.1x; WPA takes tkip or aes");
-        }
-        wifi.encryption = namedOption("encryption", *text, kEncryptions);
-    }
-
-    void readWep()
-    {
-        WifiOptions& wifi = m_Invocation.wifi;
-        const bool isWep = wifi.security == Security::WepOpen || wifi.security == Security::WepShared;
-        refuseUnless(isWep, "wep-tx-key", "--security wep-open and wep-shared");
-        if (const auto key = value("wep-tx-key")) wifi.wepTransmitKey = integerOption("wep-tx-key", *key, 1, 4);
-    }
-
-    void read8021x()
-    {
-        WifiOptions& wifi = m_Invocation.wifi;
-        const bool is8021x = wifi.security == Security::Ieee8021x;
-        for (const char* name : {"eap", "inner", "user"}) refuseUnless(is8021x, name, "--security 802.1x");
-        if (!is8021x) return;
-        if (wifi.mode == WirelessMode::AdHoc) {
-            throw usage("--security 802.1x needs an access point; it cannot be used with --mode ad-hoc");
-        }
-        wifi.eap = eapOption(required("eap", "LIST (md5, mschapv2, leap, peap, tls, ttls, comma-separated)"));
-        wifi.user = required("user", "NAME");
-        checkLength("user", wifi.user, 31);
-        if (const auto inner = value("inner")) {
-            wifi.inner = namedOption("inner", *inner, kInnerMethods);
-            bool tunnels = false;
-            for (const EapMethod method : wifi.eap)
-                tunnels = tunnels || method == EapMethod::Peap || method == EapMethod::Ttls;
-            if (!tunnels) throw usage("--inner applies to peap and ttls, and --eap names neither");
-        }
-    }
-
-    void readSecretSource()
-    {
-        WifiOptions& wifi = m_Invocation.wifi;
-        const auto file = value("passphrase-file");
-        const bool fromStdin = has("passphrase-stdin");
-        refuseUnless(file.has_value(), "allow-shared-file", "--passphrase-file");
-        if (wifi.security == Security::None) {
-            if (file || fromStdin) {
-                throw usage(std::string("--security none takes no secret; leave out ") +
-                            (file ? "--passphrase-file" : "--passphrase-stdin"));
-            }
-            wifi.secretSource = SecretSource::NotNeeded;
-            return;
-        }
-        if (file && fromStdin) throw usage("give --passphrase-file or --passphrase-stdin, not both");
-        if (file && file->empty()) throw usage("--passphrase-file needs a file name");
-        wifi.secretSource = file ? SecretSource::File : fromStdin ? SecretSource::Stdin : SecretSource::Prompt;
-        if (file) wifi.passphraseFile = *file;
-        wifi.allowSharedFile = has("allow-shared-file");
+        ProvisionOptions& provision = m_Invocation.provision;
+        const auto file = value("settings");
+        const auto dir = value("settings-dir");
+        if (file && dir) throw usage("give --settings or --settings-dir, not both");
+        if (file && file->empty()) throw usage("--settings needs a file name");
+        if (dir && dir->empty()) throw usage("--settings-dir needs a folder name");
+        if (file) provision.settingsFile = *file;
+        if (dir) provision.settingsDir = *dir;
     }
 
     void readCertRequestOptions()

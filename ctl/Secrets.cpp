@@ -143,35 +143,67 @@ void validateWepKeys(std::string_view text, int wepTransmitKey)
 
 }  // namespace
 
-Secret readSecretFile(const std::string& path, bool allowSharedFile)
+namespace {
+
+// How a file that holds a secret is named in messages, and what its messages
+// suggest.
+struct PrivateFileKind {
+    const char* label;           // "passphrase file"
+    const char* notRegularHint;  // added to "is not a regular file"
+    const char* sharedHint;      // what to do about a file open to group or others
+};
+
+const PrivateFileKind kPassphraseFile = {"passphrase file", " (for a pipe, use --passphrase-stdin)",
+                                         "chmod go= it, or give --allow-shared-file"};
+const PrivateFileKind kSettingsFile = {"settings file", "", "chmod go= it"};
+
+// Reads the file at `path` into `buffer` after checking it: opened without
+// following a symbolic link, a regular file, closed to group and others
+// unless `allowSharedFile`.
+void readPrivateFile(const std::string& path, const PrivateFileKind& kind, bool allowSharedFile, ReadBuffer& buffer)
 {
+    const std::string name = std::string(kind.label) + " " + path;
     const Descriptor file(open(path.c_str(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC | O_NOCTTY | O_NONBLOCK));
     if (file.get() < 0) {
         const int reason = errno;
-        if (reason == ELOOP) {
-            throw Failure(ExitStatus::Usage, "passphrase file " + path + " is a symbolic link; name the file itself");
-        }
-        throw Failure(ExitStatus::NoInput, "cannot open passphrase file " + path + ": " + std::strerror(reason));
+        if (reason == ELOOP) throw Failure(ExitStatus::Usage, name + " is a symbolic link; name the file itself");
+        throw Failure(ExitStatus::NoInput, "cannot open " + name + ": " + std::strerror(reason));
     }
     struct stat status {};
     if (fstat(file.get(), &status) != 0) {
-        throw Failure(ExitStatus::NoInput, "cannot read passphrase file " + path + ": " + std::strerror(errno));
+        throw Failure(ExitStatus::NoInput, "cannot read " + name + ": " + std::strerror(errno));
     }
     if (!S_ISREG(status.st_mode)) {
-        throw Failure(ExitStatus::Usage,
-                      "passphrase file " + path + " is not a regular file (for a pipe, use --passphrase-stdin)");
+        throw Failure(ExitStatus::Usage, name + " is not a regular file" + kind.notRegularHint);
     }
     if ((status.st_mode & (S_IRWXG | S_IRWXO)) != 0 && !allowSharedFile) {
         char mode[8];
         std::snprintf(mode, sizeof mode, "%04o", static_cast<unsigned>(status.st_mode & 07777));
-        throw Failure(ExitStatus::Usage, "passphrase file " + path + " is open to group or others (mode " + mode +
-                                             "); chmod go= it, or give --allow-shared-file");
+        throw Failure(ExitStatus::Usage, name + " is open to group or others (mode " + mode + "); " + kind.sharedHint);
     }
-    ReadBuffer buffer;
     if (const int reason = readBounded(file.get(), buffer)) {
-        throw Failure(ExitStatus::NoInput, "cannot read passphrase file " + path + ": " + std::strerror(reason));
+        throw Failure(ExitStatus::NoInput, "cannot read " + name + ": " + std::strerror(reason));
     }
+}
+
+}  // namespace
+
+Secret readSecretFile(const std::string& path, bool allowSharedFile)
+{
+    ReadBuffer buffer;
+    readPrivateFile(path, kPassphraseFile, allowSharedFile, buffer);
     return withoutFinalLineEnd(buffer, "passphrase file " + path);
+}
+
+Secret readSettingsFile(const std::string& path)
+{
+    ReadBuffer buffer;
+    readPrivateFile(path, kSettingsFile, false, buffer);
+    if (buffer.size > kSecretSourceLimit) {
+        throw Failure(ExitStatus::DataError, "settings file " + path + " holds more than " +
+                                                 std::to_string(kSecretSourceLimit) + " bytes; it cannot be one");
+    }
+    return Secret(std::string_view(buffer.bytes, buffer.size));
 }
 
 Secret readSecretStream(int fd)

@@ -25,6 +25,11 @@ constexpr std::size_t kSecretSourceLimit = 4096;
 // descriptor.
 Secret readSecretFile(const std::string& path, bool allowSharedFile);
 
+// The whole of a provisioning settings file (it holds a secret), checked as
+// readSecretFile checks a passphrase file, with no way to allow a shared one;
+// at most kSecretSourceLimit bytes.
+Secret readSettingsFile(const std::string& path);
+
 // All of `fd` (standard input) up to its end, without one final line end.
 Secret readSecretStream(int fd);
 

@@ -7,6 +7,7 @@
 #include "ctl/ListReport.h"
 #include "ctl/PrinterCommands.h"
 #include "ctl/PrinterDiscovery.h"
+#include "ctl/Provisioning.h"
 #include "ctl/Secrets.h"
 
 #include <cstdio>
@@ -25,7 +26,11 @@ void printReport(const Report& report, bool json) { print(json ? report.renderJs
 void run(const Invocation& invocation)
 {
     const bool json = invocation.global.json;
-    const std::vector<PrinterRecord> printers = discoverPrinters();
+    // A printer just plugged in may not have its node yet when provision starts.
+    const std::vector<PrinterRecord> printers =
+        invocation.command == Command::Provision
+            ? awaitPrinter(invocation.global.printer, discoverPrinters, kPrinterAppearanceWait)
+            : discoverPrinters();
     if (invocation.command == Command::List) {
         print(json ? listReport(printers).renderJson() + "\n" : listHumanText(printers));
         return;
@@ -37,6 +42,15 @@ void run(const Invocation& invocation)
     case Command::Wifi: {
         const Secret secret = obtainSecret(invocation.wifi);
         printReport(runWifi(invocation, printer, secret), json);
+        break;
+    }
+    case Command::Provision: {
+        const ProvisionOutcome outcome = runProvision(invocation, printer, serialAt(printer, printers));
+        if (!json && !outcome.humanLine.empty()) {
+            print(outcome.humanLine);
+        } else {
+            printReport(outcome.report, json);
+        }
         break;
     }
     case Command::CertDefaults: printReport(runCertDefaults(invocation, printer), json); break;

@@ -34,7 +34,7 @@ TEST(CommandLine, RefusesWithWhatIsWrongAndWhatIsAllowed)
         std::string line;
         const char* fragment;
     } cases[] = {
-        {"", "no command given; the commands are list, status, wifi, cert, reset"},
+        {"", "no command given; the commands are list, status, wifi, provision, cert, reset"},
         {"cert frob", "unknown cert subcommand \"frob\""},
         {"status -vx", "unknown option -x in -vx"},
         {"status extra", "unexpected argument \"extra\" after status"},
@@ -77,6 +77,13 @@ TEST(CommandLine, RefusesWithWhatIsWrongAndWhatIsAllowed)
         {kWpa + "--wait=", "--wait= needs a number of seconds"},
         {kWpa + "--wait --wait=5", "--wait given twice"},
         {kWpa + "--wait=5 --wait", "--wait given twice"},
+        {"provision --settings a.conf --settings-dir d", "give --settings or --settings-dir, not both"},
+        {"provision --settings=", "--settings needs a file name"},
+        {"provision --settings-dir=", "--settings-dir needs a folder name"},
+        {"provision --ssid Home", "--ssid is not an option of provision (it belongs to wifi)"},
+        {"--settings a.conf provision", "--settings is an option of provision; give it after the command"},
+        {"wifi --settings a.conf", "--settings is not an option of wifi (it belongs to provision)"},
+        {"provision a.conf", "unexpected argument \"a.conf\" after provision"},
         {"cert request --common-name printer", "cert request needs --out FILE"},
         {"cert request --out req.pem", "cert request needs --common-name CN"},
         {kCsr + "--country DEU", "--country \"DEU\" is not a two-letter"},
@@ -131,6 +138,9 @@ std::string summary(const Invocation& in)
           << subject.organization << "|" << subject.unit << "|" << subject.state << "|" << subject.country << "|"
           << subject.city << "|" << subject.altname;
     }
+    if (in.command == Command::Provision) {
+        s << " settings=" << in.provision.settingsFile << " dir=" << in.provision.settingsDir;
+    }
     if (!in.certFile.empty()) s << " file=" << in.certFile;
     return s.str();
 }
@@ -168,6 +178,10 @@ TEST(CommandLine, ReadsAcceptedLinesWithTheirDefaults)
         // After "--" a file may start with '-'.
         {"cert install -v -- -odd.pem", "cert install v1 5000ms file=-odd.pem"},
         {"cert defaults", "cert defaults v0 5000ms"},
+        {"--printer serial:X1 provision",
+         "provision printer=serial:X1 v0 5000ms settings= dir=/etc/corvelcfg/printers"},
+        {"provision --settings-dir=/srv/p", "provision v0 5000ms settings= dir=/srv/p"},
+        {"provision --settings a.conf -j", "provision json v0 5000ms settings=a.conf dir=/etc/corvelcfg/printers"},
     };
     for (const auto& c : cases) {
         const ParsedCommandLine parsed = parse(c.line);
@@ -191,6 +205,7 @@ TEST(CommandLine, HelpAndVersionWinOverMistakes)
         {"cert request -h", "Usage: corvelctl cert request --out FILE"},
         {"status --help", "Usage: corvelctl status"},
         {"list -h", "Usage: corvelctl list"},
+        {"provision --settings x --help", "Usage: corvelctl [--printer serial:SERIAL] provision"},
         {"status --bogus --version", "corvelctl "},
     };
     for (const auto& c : cases) {

@@ -54,6 +54,24 @@ std::string kernelProduct(const UsbIdentity& identity)
     return text;
 }
 
+// udev's ID_USB_INTERFACES, as its usb_id builtin makes it from the device's
+// descriptors: ":CCSSPP" (class, subclass, protocol in hex) of each interface,
+// once each, then ":". Without descriptors of its own the device has the
+// one printer interface its sysfs shows.
+std::string usbInterfaces(const Bytes& descriptors)
+{
+    if (descriptors.empty()) return ":070102:";
+    std::string list;
+    for (size_t at = 0; at + 8 <= descriptors.size() && descriptors[at] != 0; at += descriptors[at]) {
+        if (descriptors[at + 1] != 4) continue;  // not an interface descriptor
+        char item[8];
+        std::snprintf(item, sizeof item, ":%02x%02x%02x", descriptors[at + 5], descriptors[at + 6],
+                      descriptors[at + 7]);
+        if (list.find(item) == std::string::npos) list += item;
+    }
+    return list + ":";
+}
+
 }  // namespace
 
 std::string usbNodePath(int bus, int device) { return "/dev/bus/usb/" + threeDigits(bus) + "/" + threeDigits(device); }
@@ -105,7 +123,8 @@ std::vector<std::string> sysfsDescriptions(const PrinterPlacement& printer, cons
                  line('E', "PRODUCT", kernelProduct(identity)) + line('E', "ID_VENDOR_ID", vendor) +
                  line('E', "ID_MODEL_ID", product) + line('E', "ID_VENDOR", udevText(identity.manufacturer)) +
                  line('E', "ID_MODEL", udevText(identity.product)) +
-                 line('E', "ID_SERIAL_SHORT", udevText(printer.serial)) + line('A', "idVendor", vendor) +
+                 line('E', "ID_SERIAL_SHORT", udevText(printer.serial)) +
+                 line('E', "ID_USB_INTERFACES", usbInterfaces(printer.descriptors)) + line('A', "idVendor", vendor) +
                  line('A', "idProduct", product) + line('A', "manufacturer", escaped(identity.manufacturer)) +
                  line('A', "product", escaped(identity.product)) + line('A', "serial", escaped(printer.serial)) +
                  line('A', "busnum", bus) + line('A', "devnum", std::to_string(printer.device)) +
