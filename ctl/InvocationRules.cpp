@@ -59,12 +59,29 @@ private:
         global.json = has("json");
         global.verbosity = m_Raw.verbosity;
         if (const auto timeout = value("timeout")) global.timeout = timeoutOption(*timeout);
-        if (const auto printer = value("printer")) {
-            if (m_Invocation.command == Command::List) {
-                throw usage("list shows every printer; --printer selects one for the other commands");
-            }
-            global.printer = parsePrinterSelector(*printer);
+        const std::vector<std::string> printers = repeated("printer");
+        if (!printers.empty() && m_Invocation.command == Command::List) {
+            throw usage("list shows every printer; --printer selects one for the other commands");
         }
+        for (const std::string& printer : printers) global.printers.push_back(parsePrinterSelector(printer));
+        // list shows every printer anyway.
+        global.allPrinters = has("all") && m_Invocation.command != Command::List;
+        if (global.allPrinters && !printers.empty()) {
+            throw usage("give --all or --printer, not both: --all already means every printer attached");
+        }
+        const bool onePrinterOnly =
+            m_Invocation.command == Command::CertRequest || m_Invocation.command == Command::CertInstall;
+        if (onePrinterOnly && global.severalPrinters()) {
+            throw usage(std::string(commandName(m_Invocation.command)) + " takes one printer: the file it " +
+                        (m_Invocation.command == Command::CertRequest ? "writes" : "installs") +
+                        " belongs to one printer; name it with --printer");
+        }
+    }
+
+    std::vector<std::string> repeated(const char* name) const
+    {
+        const auto found = m_Raw.repeatedValues.find(name);
+        return found == m_Raw.repeatedValues.end() ? std::vector<std::string>{} : found->second;
     }
 
     void refuseUnless(bool applies, const char* name, const std::string& appliesTo)
