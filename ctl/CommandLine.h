@@ -30,10 +30,17 @@ enum class SecretSource {
 };
 
 struct GlobalOptions {
-    std::optional<PrinterSelector> printer;
+    std::vector<PrinterSelector> printers;  // --printer, each as given
+    bool allPrinters = false;               // --all
+    // Whether the command runs on several printers at once (one element
+    // each in the output), even when they turn out to be one.
+    bool severalPrinters() const { return allPrinters || printers.size() > 1; }
     bool json = false;
     int verbosity = 0;                        // 0, 1 (-v) or 2 (-vv)
     std::chrono::milliseconds timeout{5000};  // of each exchange
+    // Not an option: the printer a run with several printers gives its trace
+    // lines to, so that they can be told apart ("" for one printer).
+    std::string traceLabel;
 };
 
 struct WifiOptions {

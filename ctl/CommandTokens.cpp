@@ -8,7 +8,8 @@ namespace corvelctl {
 namespace {
 
 const OptionSpec kOptions[] = {
-    {"printer", 0, Takes::Value, Scope::Global},
+    {"printer", 0, Takes::Value, Scope::Global, true},
+    {"all", 0, Takes::Nothing, Scope::Global},
     {"json", 'j', Takes::Nothing, Scope::Global},
     {"verbose", 'v', Takes::Nothing, Scope::Global},
     {"timeout", 0, Takes::Value, Scope::Global},
@@ -148,6 +149,10 @@ private:
 
     void setValue(const OptionSpec& option, std::string value)
     {
+        if (option.repeatable) {
+            m_Raw.repeatedValues[option.name].push_back(std::move(value));
+            return;
+        }
         if (!m_Raw.values.emplace(option.name, std::move(value)).second) {
             throw usage("--" + std::string(option.name) + " given twice");
         }

@@ -23,6 +23,7 @@ struct OptionSpec {
     char shortName;    // 0 when none
     Takes takes;
     Scope scope;
+    bool repeatable = false;  // each value kept, in order (--printer)
 };
 
 // The option called --`name`, or nullptr.
@@ -37,6 +38,7 @@ struct RawCommandLine {
     bool certWithoutSubcommand = false;
     std::vector<std::string> operands;  // after the command words
     std::map<std::string, std::string> values;
+    std::map<std::string, std::vector<std::string>> repeatedValues;  // of the repeatable options
     std::set<std::string> flags;
     int verbosity = 0;
 };

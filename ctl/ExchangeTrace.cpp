@@ -23,10 +23,32 @@ std::string seconds(long long ms)
     return text;
 }
 
-void dump(std::FILE* out, const char* title, const std::vector<uint8_t>& bytes)
+std::string dump(const char* title, const std::vector<uint8_t>& bytes)
 {
-    std::fprintf(out, "corvelctl:   %s (%zu bytes)\n", title, bytes.size());
-    std::fputs(hexDumpText(bytes.data(), static_cast<int32_t>(bytes.size())).c_str(), out);
+    return "corvelctl:   " + std::string(title) + " (" + std::to_string(bytes.size()) + " bytes)\n" +
+           hexDumpText(bytes.data(), static_cast<int32_t>(bytes.size()));
+}
+
+// `text` with `label` and ": " at the start of each line, after its
+// "corvelctl: " when it has one.
+std::string labelled(const std::string& text, const std::string& label)
+{
+    if (label.empty()) return text;
+    const std::string program = "corvelctl: ";
+    std::string out;
+    std::size_t start = 0;
+    while (start < text.size()) {
+        std::size_t end = text.find('\n', start);
+        end = end == std::string::npos ? text.size() : end + 1;
+        const std::string line = text.substr(start, end - start);
+        if (line.rfind(program, 0) == 0) {
+            out += program + label + ": " + line.substr(program.size());
+        } else {
+            out += label + ": " + line;
+        }
+        start = end;
+    }
+    return out;
 }
 
 // What a whole answer says: the value read, the settings' verdict, the
@@ -87,12 +109,16 @@ void ExchangeTrace::exchanged(const npa::ExchangeReport& report)
     if (m_Verbosity < 1) {
         return;
     }
-    std::fprintf(m_Out, "corvelctl: %s on %s: %s\n", npa::describeRequest(report.request).c_str(), report.path.c_str(),
-                 meaning(report).c_str());
+    std::string text =
+        "corvelctl: " + npa::describeRequest(report.request) + " on " + report.path + ": " + meaning(report) + "\n";
     if (m_Verbosity >= 2) {
-        dump(m_Out, "request, secrets masked", npa::maskSecrets(report.request));
-        dump(m_Out, "received", report.received);
+        text += dump("request, secrets masked", npa::maskSecrets(report.request));
+        text += dump("received", report.received);
     }
+    // One write for the whole exchange, so that the traces of printers
+    // served at once do not cut into each other's lines.
+    text = labelled(text, m_Label);
+    std::fwrite(text.data(), 1, text.size(), m_Out);
     std::fflush(m_Out);
 }
 

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdio>
+#include <string>
 
 #include "npa/ExchangeReport.h"
 
@@ -11,7 +12,11 @@ namespace corvelctl {
 class ExchangeTrace : public npa::ExchangeObserver {
 public:
     // 0: silent; 1: one line per exchange; 2: hex dumps as well, secrets masked.
-    explicit ExchangeTrace(int verbosity, std::FILE* out = stderr) : m_Verbosity(verbosity), m_Out(out) {}
+    // A `label` (the printer, when several run at once) starts every line
+    // after "corvelctl: ", or the line itself when it has no such start.
+    explicit ExchangeTrace(int verbosity, std::FILE* out = stderr, std::string label = "")
+        : m_Verbosity(verbosity), m_Out(out), m_Label(std::move(label))
+    {}
 
     void exchanged(const npa::ExchangeReport& report) override;
     const npa::ExchangeReport& last() const { return m_Last; }
@@ -24,6 +29,7 @@ public:
 private:
     int m_Verbosity;
     std::FILE* m_Out;
+    std::string m_Label;
     npa::ExchangeReport m_Last;
     int m_Refusals = 0;
 };

@@ -6,8 +6,12 @@ namespace {
 
 const char kGlobalOptions[] = R"(Global options (before or after the command):
   --printer SEL       the printer: /dev/usb/lpN, lpN, BUS:DEV (such as 1:4) or
-                      serial:SERIAL; without it, the one printer attached
-  -j, --json          one JSON object on standard output
+                      serial:SERIAL; without it, the one printer attached.
+                      Given again, the command runs on each printer named
+  --all               run the command on every printer attached, all at once
+                      (not with --printer; not for cert request, cert install)
+  -j, --json          one JSON object on standard output; on several printers
+                      one array of them, each with "serial" after "printer"
   -v, --verbose       trace the exchanges on standard error; -vv for more
   --timeout SECONDS   deadline of each exchange, 1-600, fractions allowed
                       (default 5; key generation and export get three times it)
@@ -18,7 +22,8 @@ const char kGlobalOptions[] = R"(Global options (before or after the command):
 const char kExitStatuses[] = R"(Exit status: 0 done, 1 the printer said no, 64 wrong command line, 65 bad data
 in an input file, 66 input file missing or unreadable, 69 printer unavailable,
 73 cannot create the output file, 74 I/O error, 75 no answer in time,
-76 malformed answer, 77 no permission to open the printer.
+76 malformed answer, 77 no permission to open the printer. On several printers:
+the greatest status of those that failed, 0 when none did.
 )";
 
 }  // namespace
@@ -68,7 +73,7 @@ and serial number.
 )";
         break;
     case Command::Status:
-        text = R"(Usage: corvelctl status [--printer SEL] [--json]
+        text = R"(Usage: corvelctl status [--printer SEL]... [--all] [--json]
 Shows the printer's SSID, connection state, IPv4 address, 802.1x status and the
 organization and common name of its certificate.
 )";
@@ -120,7 +125,7 @@ Without a file to apply, it says so in one line and exits 0. It waits up to
 )";
         break;
     case Command::CertDefaults:
-        text = R"(Usage: corvelctl cert defaults [--printer SEL] [--json]
+        text = R"(Usage: corvelctl cert defaults [--printer SEL]... [--all] [--json]
 Shows the subject the printer puts in a certificate request by default.
 )";
         break;
@@ -128,6 +133,7 @@ Shows the subject the printer puts in a certificate request by default.
         text = R"(Usage: corvelctl cert request --out FILE --common-name CN [OPTIONS]
 Has the printer make a key and a certificate request; writes the request (PEM)
 to FILE. FILE is replaced whole or not at all, never through a symbolic link.
+One printer only: the request belongs to the printer that made it.
 
   --out FILE          where the request goes (required)
   --force             replace FILE if it exists
@@ -141,7 +147,7 @@ to FILE. FILE is replaced whole or not at all, never through a symbolic link.
 )";
         break;
     case Command::CertInstallCa:
-        text = R"(Usage: corvelctl cert install-ca FILE [--printer SEL] [--json]
+        text = R"(Usage: corvelctl cert install-ca FILE [--printer SEL]... [--all] [--json]
 Installs the CA certificate in FILE (PEM) on the printer; one of the same name
 is replaced.
 )";
@@ -149,10 +155,11 @@ is replaced.
     case Command::CertInstall:
         text = R"(Usage: corvelctl cert install FILE [--printer SEL] [--json]
 Installs the printer's own certificate in FILE (PEM), signed from its request.
+One printer only: the certificate belongs to the printer whose request it signs.
 )";
         break;
     case Command::Reset:
-        text = R"(Usage: corvelctl reset [--printer SEL] [--json]
+        text = R"(Usage: corvelctl reset [--printer SEL]... [--all] [--json]
 Resets the printer's network interface.
 )";
         break;

@@ -9,6 +9,17 @@ namespace corvelctl {
 
 namespace {
 
+// Why a command runs on one printer only, or nullptr when it takes several.
+const char* whyOnePrinterOnly(Command command)
+{
+    switch (command) {
+    case Command::CertRequest: return "the file it writes belongs to one printer";
+    case Command::CertInstall: return "the file it installs belongs to one printer";
+    case Command::Provision: return "it applies the settings file of one printer";
+    default: return nullptr;
+    }
+}
+
 class InvocationBuilder {
 public:
     explicit InvocationBuilder(RawCommandLine raw) : m_Raw(std::move(raw)) {}
@@ -61,12 +72,28 @@ private:
         global.json = has("json");
         global.verbosity = m_Raw.verbosity;
         if (const auto timeout = value("timeout")) global.timeout = timeoutOption(*timeout);
-        if (const auto printer = value("printer")) {
-            if (m_Invocation.command == Command::List) {
-                throw usage("list shows every printer; --printer selects one for the other commands");
-            }
-            global.printer = parsePrinterSelector(*printer);
+        const std::vector<std::string> printers = repeated("printer");
+        if (!printers.empty() && m_Invocation.command == Command::List) {
+            throw usage("list shows every printer; --printer selects one for the other commands");
         }
+        for (const std::string& printer : printers) global.printers.push_back(parsePrinterSelector(printer));
+        // list shows every printer anyway.
+        global.allPrinters = has("all") && m_Invocation.command != Command::List;
+        if (global.allPrinters && !printers.empty()) {
+            throw usage("give --all or --printer, not both: --all already means every printer attached");
+        }
+        if (global.severalPrinters()) {
+            if (const char* why = whyOnePrinterOnly(m_Invocation.command)) {
+                throw usage(std::string(commandName(m_Invocation.command)) + " takes one printer: " + why +
+                            "; name it with --printer");
+            }
+        }
+    }
+
+    std::vector<std::string> repeated(const char* name) const
+    {
+        const auto found = m_Raw.repeatedValues.find(name);
+        return found == m_Raw.repeatedValues.end() ? std::vector<std::string>{} : found->second;
     }
 
     void readProvisionOptions()

@@ -23,7 +23,7 @@ std::string secondsText(long long ms)
 }  // namespace
 
 PrinterLink::PrinterLink(const Invocation& invocation, const std::string& printerPath)
-    : m_Path(printerPath), m_Trace(invocation.global.verbosity)
+    : m_Path(printerPath), m_Trace(invocation.global.verbosity, stderr, invocation.global.traceLabel)
 {
     const long long ms = invocation.global.timeout.count();
     m_Timing = {true, ms, ms * kSlowFactor, &m_Trace};

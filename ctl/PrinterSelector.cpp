@@ -128,6 +128,33 @@ std::string describePrinters(const std::vector<PrinterRecord>& printers)
     return text;
 }
 
+namespace {
+
+// What a selector finds: the printer's record, or a node that exists though
+// sysfs tells nothing about it (`record` null, `path` the node).
+struct Resolved {
+    std::string path;
+    const PrinterRecord* record = nullptr;
+};
+
+Resolved resolveSelector(const PrinterSelector& selector, const std::vector<PrinterRecord>& printers,
+                         const std::function<bool(const std::string&)>& isCharacterDevice)
+{
+    std::vector<const PrinterRecord*> matches;
+    for (const PrinterRecord& printer : printers) {
+        if (selects(selector, printer)) matches.push_back(&printer);
+    }
+    if (matches.size() == 1) return {pathToOpen(*matches.front()), matches.front()};
+    if (matches.size() > 1) {
+        throw unavailable(std::to_string(matches.size()) + " printers match --printer " + selector.given, printers);
+    }
+    if (selector.kind == PrinterSelector::Kind::Node && isCharacterDevice(selector.node)) return {selector.node};
+    if (printers.empty()) throw Failure(ExitStatus::Unavailable, "no printer is attached");
+    throw unavailable("no attached printer matches --printer " + selector.given, printers);
+}
+
+}  // namespace
+
 std::string resolvePrinter(const std::optional<PrinterSelector>& selector, const std::vector<PrinterRecord>& printers,
                            const std::function<bool(const std::string&)>& isCharacterDevice)
 {
@@ -137,17 +164,35 @@ std::string resolvePrinter(const std::optional<PrinterSelector>& selector, const
         throw unavailable(std::to_string(printers.size()) + " printers are attached; choose one with --printer",
                           printers);
     }
-    std::vector<const PrinterRecord*> matches;
-    for (const PrinterRecord& printer : printers) {
-        if (selects(*selector, printer)) matches.push_back(&printer);
+    return resolveSelector(*selector, printers, isCharacterDevice).path;
+}
+
+std::vector<PrinterTarget> resolvePrinters(const std::vector<PrinterSelector>& selectors, bool all,
+                                           const std::vector<PrinterRecord>& printers,
+                                           const std::function<bool(const std::string&)>& isCharacterDevice)
+{
+    std::vector<PrinterTarget> targets;
+    const auto add = [&](PrinterTarget target) {
+        for (const PrinterTarget& taken : targets) {
+            if (taken.path == target.path) return;
+        }
+        targets.push_back(std::move(target));
+    };
+    if (all) {
+        if (printers.empty()) throw Failure(ExitStatus::Unavailable, "no printer is attached");
+        for (const PrinterRecord& printer : printers) add({pathToOpen(printer), printer.serial, std::nullopt});
+        return targets;
     }
-    if (matches.size() == 1) return pathToOpen(*matches.front());
-    if (matches.size() > 1) {
-        throw unavailable(std::to_string(matches.size()) + " printers match --printer " + selector->given, printers);
+    for (const PrinterSelector& selector : selectors) {
+        try {
+            const Resolved resolved = resolveSelector(selector, printers, isCharacterDevice);
+            add({resolved.path, resolved.record ? resolved.record->serial : std::nullopt, std::nullopt});
+        } catch (const Failure& failure) {
+            const bool isNode = selector.kind == PrinterSelector::Kind::Node;
+            add({isNode ? selector.node : selector.given, std::nullopt, failure});
+        }
     }
-    if (selector->kind == PrinterSelector::Kind::Node && isCharacterDevice(selector->node)) return selector->node;
-    if (printers.empty()) throw Failure(ExitStatus::Unavailable, "no printer is attached");
-    throw unavailable("no attached printer matches --printer " + selector->given, printers);
+    return targets;
 }
 
 }  // namespace corvelctl

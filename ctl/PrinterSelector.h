@@ -2,6 +2,7 @@
 // core opens for it.
 #pragma once
 
+#include "ctl/Failure.h"
 #include "ctl/PrinterRecord.h"
 
 #include <functional>
@@ -45,5 +46,24 @@ std::string describePrinters(const std::vector<PrinterRecord>& printers);
 // with exit 69 naming what is attached.
 std::string resolvePrinter(const std::optional<PrinterSelector>& selector, const std::vector<PrinterRecord>& printers,
                            const std::function<bool(const std::string&)>& isCharacterDevice);
+
+// One printer of a run on several printers: the path the core opens and its
+// serial, or why no printer was found for a --printer (then `path` is the
+// selector's node, or its value as given).
+struct PrinterTarget {
+    std::string path;
+    std::optional<std::string> serial;
+    std::optional<Failure> notFound;
+};
+
+// The printers a run on several printers talks to. `all`: every printer
+// attached, in the order of `printers` (none: a failure with exit 69).
+// Otherwise one per selector in the order given, each resolved as
+// resolvePrinter does but with a selector that finds no printer kept as its
+// own `notFound`, so that the others still run. A printer named twice is
+// taken once, where it was first named.
+std::vector<PrinterTarget> resolvePrinters(const std::vector<PrinterSelector>& selectors, bool all,
+                                           const std::vector<PrinterRecord>& printers,
+                                           const std::function<bool(const std::string&)>& isCharacterDevice);
 
 }  // namespace corvelctl

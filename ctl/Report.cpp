@@ -38,23 +38,6 @@ void writeJson(JsonWriter& writer, const Report& report)
     writer.endObject();
 }
 
-// Keeps a terminal from acting on bytes that came from a printer or a file.
-std::string withoutControlCharacters(const std::string& text)
-{
-    std::string out;
-    for (const char c : text) {
-        const auto byte = static_cast<unsigned char>(c);
-        if (byte < 0x20 || byte == 0x7F) {
-            char escaped[8];
-            std::snprintf(escaped, sizeof escaped, "\\x%02x", byte);
-            out += escaped;
-        } else {
-            out += c;
-        }
-    }
-    return out;
-}
-
 std::string scalarHumanText(const Report::Field& field)
 {
     using Kind = Report::Field::Kind;
@@ -95,6 +78,22 @@ void appendHuman(std::string& out, const Report& report, const std::string& inde
 }
 
 }  // namespace
+
+std::string withoutControlCharacters(const std::string& text)
+{
+    std::string out;
+    for (const char c : text) {
+        const auto byte = static_cast<unsigned char>(c);
+        if (byte < 0x20 || byte == 0x7F) {
+            char escaped[8];
+            std::snprintf(escaped, sizeof escaped, "\\x%02x", byte);
+            out += escaped;
+        } else {
+            out += c;
+        }
+    }
+    return out;
+}
 
 Report::Field& Report::append(std::string key, FieldKind kind)
 {
@@ -142,6 +141,17 @@ Report& Report::addObject(std::string key, Report object)
 Report& Report::addList(std::string key, std::vector<Report> items)
 {
     append(std::move(key), Field::Kind::List).children = std::move(items);
+    return *this;
+}
+
+Report& Report::insertOptionalText(std::size_t position, std::string key, const std::optional<std::string>& value)
+{
+    Field field;
+    field.key = std::move(key);
+    field.kind = value ? Field::Kind::Text : Field::Kind::Null;
+    field.text = value.value_or("");
+    m_Fields.insert(m_Fields.begin() + static_cast<std::ptrdiff_t>(std::min(position, m_Fields.size())),
+                    std::move(field));
     return *this;
 }
 

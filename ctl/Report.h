@@ -24,6 +24,10 @@ public:
     Report& addObject(std::string key, Report object);
     Report& addList(std::string key, std::vector<Report> items);
 
+    // Inserts a text field (null when absent) before the field at
+    // `position`, or at the end when there are fewer fields.
+    Report& insertOptionalText(std::size_t position, std::string key, const std::optional<std::string>& value);
+
     // Replaces what the human form shows for the last field added (for
     // example "2 (authenticated)" for an object, or "joined" for a bool).
     Report& humanText(std::string text);
@@ -46,6 +50,10 @@ private:
 
     std::vector<Field> m_Fields;
 };
+
+// `text` with each control character shown as \xNN, as the human form shows
+// text: a terminal must not act on bytes that came from a printer or a file.
+std::string withoutControlCharacters(const std::string& text);
 
 struct Report::Field {
     using Kind = FieldKind;

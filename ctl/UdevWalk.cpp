@@ -7,6 +7,7 @@
 #include <libudev.h>
 
 #include <memory>
+#include <set>
 
 namespace corvelctl {
 
@@ -89,9 +90,18 @@ std::vector<PrinterRecord> discoverPrinters()
     if (!interfaces) throw Failure(ExitStatus::Unavailable, "cannot list the USB devices");
     udev_enumerate_add_match_subsystem(interfaces.get(), "usb");
     udev_enumerate_add_match_sysattr(interfaces.get(), "bInterfaceClass", "07");
+    std::set<std::string> found;
+    for (const LpNodeEntry& node : nodes) {
+        if (node.device) found.insert(node.device->sysPath);
+    }
     forEachDevice(context.get(), interfaces.get(), [&](udev_device* usbInterface) {
         udev_device* parent = udev_device_get_parent_with_subsystem_devtype(usbInterface, "usb", "usb_device");
-        if (parent != nullptr) printerDevices.push_back(usbDeviceEntry(parent));
+        // A device read through its lp node already is not read again: each
+        // attribute read costs several system calls, and several printers
+        // are listed before every run on them.
+        if (parent != nullptr && found.insert(udev_device_get_syspath(parent)).second) {
+            printerDevices.push_back(usbDeviceEntry(parent));
+        }
     });
 
     return mergePrinterEntries(nodes, printerDevices);

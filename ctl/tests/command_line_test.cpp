@@ -45,7 +45,15 @@ TEST(CommandLine, RefusesWithWhatIsWrongAndWhatIsAllowed)
         {"status --json=yes", "--json takes no value"},
         {"status --printer", "--printer needs a value"},
         {"status --printer --json", "--printer needs a value (one that starts with '-' is written --printer=VALUE)"},
-        {"status --printer lp0 --printer lp1", "--printer given twice"},
+        {"status --all --printer lp0", "give --all or --printer, not both"},
+        {"--printer lp0 --all status", "give --all or --printer, not both"},
+        {"status --all --all", "--all given twice"},
+        {"status --all=yes", "--all takes no value"},
+        {"--all " + kCsr, "cert request takes one printer: the file it writes belongs to one printer"},
+        {"--printer lp0 --printer lp1 " + kCsr, "cert request takes one printer"},
+        {"--printer lp0 --printer lp0 cert install c.pem", "cert install takes one printer: the file it installs"},
+        {"--all provision", "provision takes one printer: it applies the settings file of one printer"},
+        {"status --printer lp0 --printer nonsense", "--printer \"nonsense\" names no printer"},
         {"list --printer lp0", "list shows every printer"},
         {"status --timeout 2.", "from 1 to 600"},
         {"status --timeout 1e2", "from 1 to 600"},
@@ -117,7 +125,9 @@ TEST(CommandLine, RefusesWithWhatIsWrongAndWhatIsAllowed)
 std::string summary(const Invocation& in)
 {
     std::ostringstream s;
-    s << commandName(in.command) << (in.global.printer ? " printer=" + in.global.printer->given : "")
+    s << commandName(in.command);
+    for (const PrinterSelector& printer : in.global.printers) s << " printer=" << printer.given;
+    s << (in.global.allPrinters ? " all" : "") << (in.global.severalPrinters() ? " several" : "")
       << (in.global.json ? " json" : "") << " v" << in.global.verbosity << " " << in.global.timeout.count() << "ms";
     const WifiOptions& w = in.wifi;
     if (in.command == Command::Wifi) {
@@ -182,13 +192,21 @@ TEST(CommandLine, ReadsAcceptedLinesWithTheirDefaults)
          "provision printer=serial:X1 v0 5000ms settings= dir=/etc/corvelcfg/printers"},
         {"provision --settings-dir=/srv/p", "provision v0 5000ms settings= dir=/srv/p"},
         {"provision --settings a.conf -j", "provision json v0 5000ms settings=a.conf dir=/etc/corvelcfg/printers"},
+        // Several printers: each --printer kept in order (a repeat too: it
+        // is found to be the same printer later), --all; list shows all anyway.
+        {"--printer lp1 status --printer=serial:X1 --printer lp1",
+         "status printer=lp1 printer=serial:X1 printer=lp1 several v0 5000ms"},
+        {"--all reset", "reset all several v0 5000ms"},
+        {"--all cert install-ca ca.pem", "cert install-ca all several v0 5000ms file=ca.pem"},
+        {"--printer 1:4 " + kCsr, "cert request printer=1:4 v0 5000ms out=req.pem printer||||||"},
+        {"list --all", "list v0 5000ms"},
     };
     for (const auto& c : cases) {
         const ParsedCommandLine parsed = parse(c.line);
         EXPECT_EQ(parsed.action, ParsedCommandLine::Action::Run) << c.line;
         EXPECT_EQ(summary(parsed.invocation), c.summary) << c.line;
     }
-    EXPECT_EQ(parse("--printer=serial:X1 status").invocation.global.printer->kind, PrinterSelector::Kind::Serial);
+    EXPECT_EQ(parse("--printer=serial:X1 status").invocation.global.printers.at(0).kind, PrinterSelector::Kind::Serial);
 }
 
 TEST(CommandLine, HelpAndVersionWinOverMistakes)

@@ -154,4 +154,57 @@ TEST(PrinterSelector, ResolvesToTheNodeElseTheBusDevice)
         EXPECT_EQ(resolved(c.selector, c.printers, c.isCharacterDevice), c.expected) << (c.selector ? c.selector : "");
 }
 
+// The printers of a run on several, each "path serial" or "path !exit", in
+// the order they run; or "exit N" when the run cannot start at all.
+std::string resolvedSeveral(const std::vector<std::string>& selectors, bool all,
+                            const std::vector<PrinterRecord>& printers)
+{
+    const auto onlyLp5 = [](const std::string& path) { return path == "/dev/usb/lp5"; };
+    try {
+        std::vector<PrinterSelector> parsed;
+        for (const std::string& selector : selectors) parsed.push_back(parsePrinterSelector(selector));
+        std::string text;
+        for (const PrinterTarget& target : resolvePrinters(parsed, all, printers, onlyLp5)) {
+            text += (text.empty() ? "" : ", ") + target.path + " ";
+            if (target.notFound) {
+                text += "!" + std::to_string(exitCode(target.notFound->status()));
+            } else {
+                text += target.serial.value_or("-");
+            }
+        }
+        return text;
+    } catch (const Failure& failure) {
+        return "exit " + std::to_string(exitCode(failure.status()));
+    }
+}
+
+TEST(PrinterSelector, ResolvesSeveralOnceEachInTheOrderNamed)
+{
+    const std::vector<PrinterRecord> printers = attached();
+    const struct {
+        std::vector<std::string> selectors;
+        bool all;
+        std::vector<PrinterRecord> printers;
+        std::string expected;
+    } cases[] = {
+        {{}, true, printers, "/dev/usb/lp0 X1, 003:002 Y2"},
+        {{}, true, {printers[1]}, "003:002 Y2"},
+        {{}, true, {}, "exit 69"},
+        {{"serial:Y2", "lp0"}, false, printers, "003:002 Y2, /dev/usb/lp0 X1"},
+        // One printer by three names runs once, where it was first named.
+        {{"3:2", "lp0", "serial:Y2", "003:002"}, false, printers, "003:002 Y2, /dev/usb/lp0 X1"},
+        // What is not found fails on its own; a node sysfs does not know runs without a serial.
+        {{"lp0", "serial:Z9", "lp7", "lp5", "serial:Z9"},
+         false,
+         printers,
+         "/dev/usb/lp0 X1, serial:Z9 !69, /dev/usb/lp7 !69, /dev/usb/lp5 -"},
+        {{"lp0", "1:4"}, false, {}, "/dev/usb/lp0 !69, 1:4 !69"},
+    };
+    for (const auto& c : cases) {
+        std::string line = c.all ? "--all" : "";
+        for (const std::string& selector : c.selectors) line += " " + selector;
+        EXPECT_EQ(resolvedSeveral(c.selectors, c.all, c.printers), c.expected) << line;
+    }
+}
+
 }  // namespace

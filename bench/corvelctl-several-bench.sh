@@ -1,0 +1,85 @@
+#!/usr/bin/env bash
+# Wall time of corvelctl --all on 1, 4 and 8 simulated printers at real speed:
+# `status` and `wifi` (wpa2-psk), with answers at once and with every answer
+# a second late (--fault late=1000). The printers run at once, so eight should
+# take at most 1.5 times as long as one. A benchmark, not a test: it prints
+# the times and the ratios and asserts nothing.
+#   bench/corvelctl-several-bench.sh [BUILD_DIR] [REPEATS]
+#     BUILD_DIR default build/release (built if needed); REPEATS default 5,
+#     the median of which is shown for the answers at once (once when late).
+# corvelsim --printers N (independent printers) is used when corvelsim has it,
+# else --lp 0 ... --lp N-1 (separate printers in sysfs sharing one state).
+set -euo pipefail
+cd "$(dirname "$0")/.."
+build=${1:-build/release}
+repeats=${2:-5}
+if [ ! -x "$build/ctl/corvelctl" ] || [ ! -x "$build/sim/corvelsim" ]; then
+  cmake -S . -B "$build" -DCMAKE_BUILD_TYPE=Release -DBUILD_TESTING=OFF >/dev/null
+  cmake --build "$build" -j"$(nproc)" --target corvelctl corvelsim >/dev/null
+fi
+sim=$(realpath "$build/sim/corvelsim")
+ctl=$(realpath "$build/ctl/corvelctl")
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+(umask 077 && printf 'bench-passphrase\n' >"$work/passphrase")
+
+if "$sim" --help | grep -q -- --printers; then
+  kind="--printers N (independent printers)"
+  printers() { echo "--printers $1"; }
+else
+  kind="--lp 0 ... --lp N-1 (printers sharing one state)"
+  printers() {
+    local i
+    for ((i = 0; i < $1; i++)); do printf -- '--lp %d ' "$i"; done
+  }
+fi
+
+# Times `corvelctl --all wifi` then `corvelctl --all status` REPEATS times
+# inside the simulator's child, one line "command ms" each; a failed run
+# (not every printer done) is shown as such.
+cat >"$work/run.sh" <<SCRIPT
+set -u
+now() { date +%s%N; }
+for ((r = 0; r < \$1; r++)); do
+  t=\$(now)
+  "$ctl" --all wifi --ssid BenchNet --security wpa2-psk --passphrase-file "$work/passphrase" >/dev/null \
+    || echo "failed wifi \$?"
+  echo "wifi \$(( (\$(now) - t) / 1000000 ))"
+  t=\$(now)
+  "$ctl" --all status >/dev/null || echo "failed status \$?"
+  echo "status \$(( (\$(now) - t) / 1000000 ))"
+done
+SCRIPT
+
+median() { sort -n | awk '{ v[NR] = $1 } END { print (NR ? v[int((NR + 1) / 2)] : 0) }'; }
+
+# measure N LABEL REPEATS [corvelsim options]: sets wifi_ms and status_ms.
+measure() {
+  local n=$1 label=$2 runs=$3
+  shift 3
+  # shellcheck disable=SC2046
+  "$sim" $(printers "$n") "$@" -- bash "$work/run.sh" "$runs" >"$work/times-$label-$n"
+  if grep -q '^failed' "$work/times-$label-$n"; then
+    echo "  ($label, $n printers: $(grep '^failed' "$work/times-$label-$n" | sort | uniq -c | tr -s ' ' | paste -sd,))"
+  fi
+  wifi_ms=$(sed -n 's/^wifi //p' "$work/times-$label-$n" | median)
+  status_ms=$(sed -n 's/^status //p' "$work/times-$label-$n" | median)
+}
+
+echo "corvelctl --all at real speed; simulated printers by $kind"
+for label in at-once late; do
+  if [ "$label" = late ]; then options=(--fault late=1000) runs=1; else options=() runs=$repeats; fi
+  echo "answers ${label/-/ }${options[*]:+ (${options[*]})}, median of $runs:"
+  declare -A base=()
+  for n in 1 4 8; do
+    measure "$n" "$label" "$runs" "${options[@]}"
+    [ "$n" = 1 ] && base=([wifi]=$wifi_ms [status]=$status_ms)
+    for command in status wifi; do
+      ms=$([ "$command" = wifi ] && echo "$wifi_ms" || echo "$status_ms")
+      awk -v c="$command" -v n="$n" -v ms="$ms" -v one="${base[$command]}" 'BEGIN {
+        ratio = (one > 0 ? ms / one : 0)
+        printf "  %-6s %d printer%s %8.3f s   %5.2fx one printer%s\n", c, n, (n == 1 ? " " : "s"), ms / 1000,
+          ratio, (n == 8 ? (ratio <= 1.5 ? "   (at most 1.5x: met)" : "   (at most 1.5x: NOT met)") : "") }'
+    done
+  done
+done
