@@ -23,7 +23,7 @@ work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 (umask 077 && printf 'bench-passphrase\n' >"$work/passphrase")
 
-if "$sim" --help | grep -q -- --printers; then
+if [[ "$("$sim" --help)" == *--printers* ]]; then
   kind="--printers N (independent printers)"
   printers() { echo "--printers $1"; }
 else

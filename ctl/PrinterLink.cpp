@@ -4,6 +4,8 @@
 #include <cerrno>
 #include <cstring>
 
+#include "transport/HCUSBTransport.h"
+
 namespace corvelctl {
 
 namespace {
@@ -26,7 +28,18 @@ PrinterLink::PrinterLink(const Invocation& invocation, const std::string& printe
     : m_Path(printerPath), m_Trace(invocation.global.verbosity, stderr, invocation.global.traceLabel)
 {
     const long long ms = invocation.global.timeout.count();
-    m_Timing = {true, ms, ms * kSlowFactor, &m_Trace};
+    m_Timing.enabled = true;
+    m_Timing.deadlineMs = ms;
+    m_Timing.slowDeadlineMs = ms * kSlowFactor;
+    m_Timing.keepDeviceOpen = true;
+    m_Timing.observer = &m_Trace;
+}
+
+PrinterLink::~PrinterLink()
+{
+    HCUSBTransport* transport = HCUSBTransport::getInstance();
+    if (transport->isOpenOn(m_Path.c_str())) transport->close();
+    HCUSBTransport::releaseInstance();
 }
 
 Failure PrinterLink::failure(const std::string& what) const { return exchangeFailure(last(), m_Path, what, m_Plain); }

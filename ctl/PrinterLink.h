@@ -17,6 +17,8 @@ public:
     PrinterLink(const Invocation& invocation, const std::string& printerPath);
     PrinterLink(const PrinterLink&) = delete;
     PrinterLink& operator=(const PrinterLink&) = delete;
+    // Closes the printer's device, which the exchanges keep open between them.
+    ~PrinterLink();
 
     const std::string& path() const { return m_Path; }
     const npa::ExchangeReport& last() const { return m_Trace.last(); }

@@ -54,7 +54,8 @@ const ExchangeReport& NPAChannel::answerDriven(const uint8_t* request, int32_t l
     const Deadline deadline(report.deadlineMs);
 
     npa::AnswerAssembler assembler(alsoWhole);
-    if (transport.open(devicePath.c_str()) != 0) {
+    const bool reuse = timing.keepDeviceOpen && transport.isOpenOn(devicePath.c_str());
+    if (!reuse && transport.open(devicePath.c_str()) != 0) {
         report.outcome = transport.deviceGone() ? ExchangeReport::Outcome::Gone : ExchangeReport::Outcome::OpenFailed;
         report.error = transport.lastError();
     } else {
@@ -73,7 +74,9 @@ const ExchangeReport& NPAChannel::answerDriven(const uint8_t* request, int32_t l
             report.outcome = npa::outcomeOf(end);
             report.error = transport.lastError();
         }
-        transport.close();
+        const bool answeredWhole =
+            report.outcome == ExchangeReport::Outcome::Answered || report.outcome == ExchangeReport::Outcome::Refused;
+        if (!timing.keepDeviceOpen || !answeredWhole) transport.close();
     }
     report.received = assembler.received();
     report.content = assembler.content();

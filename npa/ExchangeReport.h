@@ -46,6 +46,11 @@ struct AnswerDrivenTiming {
     long long deadlineMs = 5000;
     long long slowDeadlineMs = 15000;  // key generation and export
     ExchangeObserver* observer = nullptr;
+    // The device stays open after an exchange the printer answered whole, for
+    // the next exchange on the same printer: a run of several reads opens it
+    // once (over libusb each open claims the interface anew). After anything
+    // else it is closed, so that a late answer is not taken for the next one.
+    bool keepDeviceOpen = false;
 };
 
 }  // namespace npa

@@ -15,8 +15,10 @@ enum class IoEnd {
 
 class CommTransport {
 public:
-    virtual int32_t open(const char* usbPath) = 0;                     // 0 opened, -1 failed
-    virtual int32_t close() = 0;                                       // 0 closed, -1 failed
+    virtual int32_t open(const char* usbPath) = 0;  // 0 opened, -1 failed
+    virtual int32_t close() = 0;                    // 0 closed, -1 failed
+    // True while the device `usbPath` names is open from an earlier open().
+    virtual bool isOpenOn(const char* usbPath) const = 0;
     virtual int32_t read(uint8_t* buffer, int32_t length) = 0;         // bytes read
     virtual int32_t write(const uint8_t* buffer, int32_t length) = 0;  // bytes written, or -1
     virtual void noop() = 0;

@@ -64,15 +64,22 @@ int32_t HCUSBTransport::open(const char* usbPath)
     m_Connector = Seam<ConnectorFactory>::get().connect(usbPath, opened);
     // The reason the node's open() failed, for front ends that explain it.
     m_LastError = opened ? 0 : (errno != 0 ? errno : ENODEV);
+    m_OpenPath = opened ? usbPath : "";
     return opened ? 0 : -1;
 }
 
 int32_t HCUSBTransport::close()
 {
+    m_OpenPath.clear();
     if (!m_Connector) {
         return -1;
     }
     return m_Connector->close() == 0 ? 0 : -1;
+}
+
+bool HCUSBTransport::isOpenOn(const char* usbPath) const
+{
+    return m_Connector && !m_DeviceGone && !m_OpenPath.empty() && m_OpenPath == usbPath;
 }
 
 // Reads what the printer sends, up to `length` bytes. Returns as soon as all

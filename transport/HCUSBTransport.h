@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <string>
 
 #include "transport/CommTransport.h"
 #include "transport/HCIOConnector.h"
@@ -16,6 +17,7 @@ public:
 
     int32_t open(const char* usbPath) override;
     int32_t close() override;
+    bool isOpenOn(const char* usbPath) const override;
     int32_t read(uint8_t* buffer, int32_t length) override;
     int32_t write(const uint8_t* buffer, int32_t length) override;
     void noop() override;
@@ -31,6 +33,7 @@ private:
     void checkGone();
 
     std::unique_ptr<HCIOConnector> m_Connector;
+    std::string m_OpenPath;  // the path of the open connector; "" when none is open
     bool m_DeviceGone = false;
     int m_LastError = 0;
     static HCUSBTransport* m_Instance;

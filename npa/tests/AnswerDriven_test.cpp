@@ -2,6 +2,7 @@
 // one deadline, whatever way its bytes come.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cerrno>
 
 #include "npa/FieldReading.h"
@@ -88,6 +89,23 @@ TEST(AnswerDriven, TakesTheAnswerAsSoonAsItIsWholeAndNeverPastTheDeadline)
             for (const Arrival& arrival : c.arrivals) sent += arrival.bytes;
             EXPECT_EQ(std::string(report.received.begin(), report.received.end()), sent) << c.name << ": as it came";
         }
+    }
+}
+
+// A run of reads opens the printer once; an exchange that ended without a
+// whole answer closes it, so that its late answer is not read as the next one.
+TEST(AnswerDriven, KeepsTheDeviceOpenOnlyBetweenAnsweredExchanges)
+{
+    const std::string answer = "\xA5\x00\x05\x50\xE0\xDA\x01\x01"s;
+    for (const bool keep : {true, false}) {
+        AnswerDrivenChannel t;
+        t.timing.keepDeviceOpen = keep;
+        t.printer.answerEachWrite = true;
+        t.printer.answers = {{{0, answer}}, {{0, "\xA5\x00\x04\xD4\xE0\x63\x02"s}}, {}, {{0, answer}}};
+        const Outcome expected[] = {Outcome::Answered, Outcome::Refused, Outcome::NoAnswer, Outcome::Answered};
+        for (const Outcome outcome : expected) EXPECT_EQ(t.exchange().outcome, outcome) << keep;
+        const auto opens = std::count(t.printer.events.begin(), t.printer.events.end(), "open");
+        EXPECT_EQ(opens, keep ? 2 : 4) << "kept open: " << keep;
     }
 }
 

@@ -33,6 +33,9 @@ struct ScriptedPrinter {
     IoStatus idleWait = IoStatus::TimedOut;
     bool hungUp = false;    // an unplugged printer: every read fails with EIO
     size_t writeLimit = 0;  // the most one write takes (0: all): a node that takes part of a large write
+    // Each write, not each open, starts the next answer: a device kept open
+    // between exchanges.
+    bool answerEachWrite = false;
 
     // The next answer, all of it there at once.
     void addAnswer(const std::string& hex) { addAnswer(bytesFromHex(hex)); }
@@ -49,10 +52,7 @@ public:
     int open() override
     {
         m_Printer.events.push_back("open");
-        if (!m_Printer.answers.empty()) {
-            m_Pending = m_Printer.answers.front();
-            m_Printer.answers.pop_front();
-        }
+        if (!m_Printer.answerEachWrite) takeNextAnswer();
         if (m_Printer.openResult != 0) errno = m_Printer.openErrno;
         return m_Printer.openResult;
     }
@@ -85,6 +85,7 @@ public:
         size_t take = static_cast<size_t>(length);
         if (m_Printer.writeLimit > 0) take = std::min(take, m_Printer.writeLimit);
         m_Printer.writes.emplace_back(reinterpret_cast<const char*>(buffer), take);
+        if (m_Printer.answerEachWrite) takeNextAnswer();
         return static_cast<int32_t>(take);
     }
     // Advances the clock the way a select() with that limit (in ms) would.
@@ -103,6 +104,14 @@ public:
     IoStatus waitWritable(int32_t) override { return IoStatus::WriteReady; }
 
 private:
+    void takeNextAnswer()
+    {
+        m_Pending.clear();
+        if (m_Printer.answers.empty()) return;
+        m_Pending = m_Printer.answers.front();
+        m_Printer.answers.pop_front();
+    }
+
     ScriptedPrinter& m_Printer;
     FakeClock& m_Clock;
     std::deque<Arrival> m_Pending;

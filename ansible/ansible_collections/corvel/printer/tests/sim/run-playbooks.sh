@@ -18,7 +18,8 @@ if [ "${1:-}" != "--inside" ]; then
   trap 'rm -rf "$work"' EXIT
   mkdir "$work/logs"
   if [ "$printers" -gt 1 ]; then
-    if "$sim" --help | grep -q -- '--printers'; then
+    # Read whole: grep -q would end the pipe early, and pipefail see SIGPIPE.
+    if [[ "$("$sim" --help)" == *--printers* ]]; then
       attach=(--printers "$printers" --log-dir "$work/logs")
     elif [ "${CORVEL_ANSIBLE_SHARED_LP:-0}" = 1 ]; then
       attach=(--log "$work/logs/CVSIM0001.log")
