@@ -72,6 +72,14 @@ playbook configure -v "$here/configure.yml" "$here/certificates.yml"
 [ "$(recap_changed configure)" != 0 ] || fail "configure: nothing changed"
 [ "$(settings_sent)" -eq "$printers" ] || fail "configure: $(settings_sent) settings requests for $printers printers"
 ! grep -q 'correct horse' "$work/run-configure.out" || fail "configure: the passphrase shows in the output"
+# Each printer got its own settings, once (one log per printer with --printers).
+if [ "${CORVEL_ANSIBLE_SHARED_LP:-0}" != 1 ]; then
+  logs=("$work"/logs/*.log)
+  [ "${#logs[@]}" -eq "$printers" ] || fail "configure: ${#logs[@]} printer logs for $printers printers"
+  for log in "${logs[@]}"; do
+    [ "$(grep -c '"kind":"settings"' "$log")" -eq 1 ] || fail "configure: $(basename "$log") got no settings, or twice"
+  done
+fi
 
 sent=$(settings_sent)
 playbook again "$here/configure.yml"
