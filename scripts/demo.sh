@@ -31,6 +31,15 @@ scripts/readme-walk.sh README.md "corvelctl, step by step" >"$demo/ctl-walk/walk
 (cd "$demo/ctl-walk" &&
   PATH="$PWD/../../release/ctl:$PWD/../../release/sim:$PATH" bash walk.sh 2>walk.log | grep -v '^#')
 
+step "Many printers, many hosts: four printers at once, an Ansible playbook, the hot-plug settings files" \
+  "scripts/readme-walk.sh README.md \"Many printers, many hosts, step by step\" | bash"
+rm -rf "$demo/fleet-walk"
+mkdir -p "$demo/fleet-walk"
+scripts/readme-walk.sh README.md "Many printers, many hosts, step by step" >"$demo/fleet-walk/walk.sh"
+(cd "$demo/fleet-walk" &&
+  PATH="$PWD/../../release/ctl:$PWD/../../release/sim:$PATH" ANSIBLE_COLLECTIONS_PATH="$PWD/../../../ansible" \
+    bash walk.sh 2>walk.log | grep -v '^#')
+
 step "A raw NPA read of the SSID field; the answer is dumped on standard error" \
   "corvelcfg -npa -file examples/read-ssid.hex"
 "${printer[@]}" -- "$cfg" -npa -file examples/read-ssid.hex 2>&1 | grep -v '^D \[CVL\] Destroying'
