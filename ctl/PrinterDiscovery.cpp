@@ -55,7 +55,7 @@ PrinterRecord recordOf(const UsbDeviceEntry& device)
 std::vector<PrinterRecord> mergePrinterEntries(const std::vector<LpNodeEntry>& nodes,
                                                const std::vector<UsbDeviceEntry>& printerDevices)
 {
-    std::map<std::string, PrinterRecord> bySysPath;
+    std::map<std::string, PrinterRecord> bySysName;
     std::vector<PrinterRecord> withoutDevice;
     for (const LpNodeEntry& node : nodes) {
         if (!node.device) {
@@ -64,16 +64,16 @@ std::vector<PrinterRecord> mergePrinterEntries(const std::vector<LpNodeEntry>& n
             withoutDevice.push_back(record);
             continue;
         }
-        auto found = bySysPath.try_emplace(node.device->sysPath, recordOf(*node.device)).first;
+        auto found = bySysName.try_emplace(node.device->sysName, recordOf(*node.device)).first;
         std::vector<std::string>& deviceNodes = found->second.nodes;
         if (std::find(deviceNodes.begin(), deviceNodes.end(), node.devNode) == deviceNodes.end()) {
             deviceNodes.push_back(node.devNode);
         }
     }
-    for (const UsbDeviceEntry& device : printerDevices) bySysPath.try_emplace(device.sysPath, recordOf(device));
+    for (const UsbDeviceEntry& device : printerDevices) bySysName.try_emplace(device.sysName, recordOf(device));
 
     std::vector<PrinterRecord> printers;
-    for (auto& entry : bySysPath) printers.push_back(std::move(entry.second));
+    for (auto& entry : bySysName) printers.push_back(std::move(entry.second));
     for (PrinterRecord& printer : printers) std::sort(printer.nodes.begin(), printer.nodes.end(), nodeOrder);
     std::sort(printers.begin(), printers.end(), [](const PrinterRecord& a, const PrinterRecord& b) {
         return std::make_tuple(a.bus, a.device) < std::make_tuple(b.bus, b.device);
@@ -82,6 +82,40 @@ std::vector<PrinterRecord> mergePrinterEntries(const std::vector<LpNodeEntry>& n
               [](const PrinterRecord& a, const PrinterRecord& b) { return nodeOrder(a.nodes[0], b.nodes[0]); });
     printers.insert(printers.end(), withoutDevice.begin(), withoutDevice.end());
     return printers;
+}
+
+std::string devNodeOfUevent(const std::string& uevent)
+{
+    const std::string key = "DEVNAME=";
+    std::size_t line = 0;
+    while (line < uevent.size()) {
+        const std::size_t end = std::min(uevent.find('\n', line), uevent.size());
+        if (uevent.compare(line, key.size(), key) == 0) {
+            const std::string name = uevent.substr(line + key.size(), end - line - key.size());
+            if (name.empty()) return "";
+            return name.rfind("/dev/", 0) == 0 ? name : "/dev/" + name;
+        }
+        line = end + 1;
+    }
+    return "";
+}
+
+std::optional<std::string> usbDeviceOfNode(const std::string& nodePath)
+{
+    std::vector<std::string> parts;
+    std::size_t start = 0;
+    while (start <= nodePath.size()) {
+        const std::size_t slash = std::min(nodePath.find('/', start), nodePath.size());
+        parts.push_back(nodePath.substr(start, slash - start));
+        start = slash + 1;
+    }
+    for (std::size_t i = parts.size(); i-- > 1;) {
+        const std::size_t colon = parts[i].find(':');
+        if (colon != std::string::npos && colon > 0 && parts[i].compare(0, colon, parts[i - 1]) == 0) {
+            return parts[i - 1];
+        }
+    }
+    return std::nullopt;
 }
 
 bool isCharacterDevice(const std::string& path)

@@ -1,4 +1,4 @@
-// Finding the USB printers attached: a thin walk over udev, and the pure
+// Finding the USB printers attached: a thin walk over sysfs, and the pure
 // logic that turns what it found into the list corvelctl shows.
 #pragma once
 
@@ -13,7 +13,7 @@ namespace corvelctl {
 // A USB device (devtype usb_device) as sysfs describes it. Text attributes
 // are as read, absent ones empty or nullopt.
 struct UsbDeviceEntry {
-    std::string sysPath;  // identifies the device across the two walks
+    std::string sysName;  // such as "1-2": identifies the device across the two walks
     std::string busnum, devnum, idVendor, idProduct;
     std::optional<std::string> manufacturer, product, serial;
 };
@@ -31,8 +31,20 @@ struct LpNodeEntry {
 std::vector<PrinterRecord> mergePrinterEntries(const std::vector<LpNodeEntry>& nodes,
                                                const std::vector<UsbDeviceEntry>& printerDevices);
 
-// The printers attached now, through libudev. A failure (exit 69) when udev
-// cannot be asked at all.
+// The device node a uevent file names: its DEVNAME under /dev ("usb/lp0"
+// gives "/dev/usb/lp0"), or "" when it names none.
+std::string devNodeOfUevent(const std::string& uevent);
+
+// The USB device (its sysfs name, such as "1-2") an lp node belongs to, from
+// the node's path in sysfs: the kernel names a USB interface
+// DEVICE:CONFIG.INTERFACE and places it in its device's folder DEVICE
+// (".../usb1/1-2/1-2:1.0/usbmisc/lp0"); the nearest such pair above the
+// node counts, as for a walk up its parents. PCI folders hold colons too, but
+// not under a folder named like that. nullopt when the node is not on USB.
+std::optional<std::string> usbDeviceOfNode(const std::string& nodePath);
+
+// The printers attached now, as sysfs shows them (none when /sys cannot be
+// read).
 std::vector<PrinterRecord> discoverPrinters();
 
 // Whether `path` names a character device (stat follows links, like the

@@ -1,5 +1,5 @@
 // Printer discovery's merging and the --printer selector, over record lists
-// (no udev involved).
+// (no sysfs involved).
 #include "ctl/Failure.h"
 #include "ctl/PrinterDiscovery.h"
 #include "ctl/PrinterSelector.h"
@@ -13,11 +13,11 @@ using namespace corvelctl;
 
 namespace {
 
-UsbDeviceEntry usbDevice(const std::string& sysPath, const std::string& bus, const std::string& device,
+UsbDeviceEntry usbDevice(const std::string& sysName, const std::string& bus, const std::string& device,
                          std::optional<std::string> serial = std::nullopt)
 {
     UsbDeviceEntry entry;
-    entry.sysPath = sysPath;
+    entry.sysName = sysName;
     entry.busnum = bus;
     entry.devnum = device;
     entry.idVendor = "04b8";
@@ -30,9 +30,9 @@ UsbDeviceEntry usbDevice(const std::string& sysPath, const std::string& bus, con
 
 TEST(PrinterDiscovery, MergesNodesIntoTheirDevicesInBusDeviceOrder)
 {
-    const UsbDeviceEntry laser = usbDevice("/sys/devices/a", "1", "12", "S12");
-    const UsbDeviceEntry inkjet = usbDevice("/sys/devices/b", "1", "4");
-    const UsbDeviceEntry libusbOnly = usbDevice("/sys/devices/c", "2", "3");
+    const UsbDeviceEntry laser = usbDevice("1-2", "1", "12", "S12");
+    const UsbDeviceEntry inkjet = usbDevice("1-1", "1", "4");
+    const UsbDeviceEntry libusbOnly = usbDevice("2-1", "2", "3");
     const std::vector<LpNodeEntry> nodes{
         {"/dev/usb/lp10", laser}, {"/dev/usb/lp2", laser}, {"/dev/usb/lp1", inkjet}, {"/dev/usb/lp7", std::nullopt}};
     std::vector<std::string> merged;
@@ -45,6 +45,31 @@ TEST(PrinterDiscovery, MergesNodesIntoTheirDevicesInBusDeviceOrder)
     EXPECT_EQ(merged, (std::vector<std::string>{"001:004 Laser 4 - /dev/usb/lp1",
                                                 "001:012 Laser 12 S12 /dev/usb/lp2 /dev/usb/lp10", "002:003 Laser 3 -",
                                                 " - - /dev/usb/lp7"}));
+}
+
+TEST(PrinterDiscovery, FindsTheUsbDeviceOfAnLpNodeFromItsSysfsPath)
+{
+    const struct {
+        const char* path;
+        const char* device;  // "" when none
+    } cases[] = {
+        {"../../devices/corvelsim/usb1/1-1/1-1:1.0/usbmisc/lp0", "1-1"},
+        // The PCI folders above hold colons; a hub's port is a dotted path.
+        {"../../devices/pci0000:00/0000:00:14.0/usb3/3-2/3-2.4/3-2.4:1.0/usbmisc/lp12", "3-2.4"},
+        // Not on USB, or an interface outside its device's folder.
+        {"../../devices/platform/parport0/usbmisc/lp1", ""},
+        {"../../devices/usb1/1-1/1-2:1.0/usbmisc/lp0", ""},
+        {":1.0/usbmisc/lp0", ""},
+    };
+    for (const auto& c : cases) EXPECT_EQ(usbDeviceOfNode(c.path).value_or(""), c.device) << c.path;
+}
+
+TEST(PrinterDiscovery, TakesTheNodeFromTheUeventDevname)
+{
+    EXPECT_EQ(devNodeOfUevent("MAJOR=180\nMINOR=0\nDEVNAME=usb/lp0\n"), "/dev/usb/lp0");  // as the kernel writes it
+    EXPECT_EQ(devNodeOfUevent("SUBSYSTEM=usbmisc\nDEVNAME=/dev/usb/lp3"), "/dev/usb/lp3");
+    EXPECT_EQ(devNodeOfUevent("MAJOR=180\nXDEVNAME=usb/lp0\nDEVNAME=\n"), "");
+    EXPECT_EQ(devNodeOfUevent(""), "");
 }
 
 TEST(PrinterSelector, ReadsEachForm)
