@@ -85,7 +85,7 @@ for package in corvelcfg corvelsim; do
   dpkg-deb -x "$deb" "$scratch/root"
 done
 # Linked libraries, as dpkg-shlibdeps found them, and what corvelsim preloads or runs.
-has_depends corvelcfg libc6 libstdc++6 libusb-0.1-4 libssl3 libudev1
+has_depends corvelcfg libc6 libstdc++6 libusb-0.1-4 libssl3
 has_depends corvelsim libc6 libstdc++6 libssl3 libpugixml1v5 libumockdev0 umockdev faketime
 
 root=$scratch/root

@@ -6,7 +6,7 @@ set -euo pipefail
 packages=(
   build-essential cmake g++ make ninja-build pkg-config  # toolchain
   libusb-dev libssl-dev                # the utility: libusb-0.1, OpenSSL
-  libudev-dev                          # corvelctl finds printers through libudev; so do the identity tests
+  libudev-dev                          # the identity and udev rule tests read what libudev sees
   jq                                   # the README's corvelctl walk reads JSON with it
   openssl                              # certificates made and signed in the tests and the demo
   libgtest-dev                         # unit tests
