@@ -35,25 +35,28 @@ else
 fi
 
 # Times `corvelctl --all wifi` then `corvelctl --all status` REPEATS times
-# inside the simulator's child, one line "command ms" each; a failed run
-# (not every printer done) is shown as such.
+# inside the simulator's child, one line "command microseconds" each; a
+# failed run (not every printer done) is shown as such. The clock is bash's
+# own EPOCHREALTIME: a `date` run per reading would add a process start of
+# its own (milliseconds under the simulator's preload) to every figure.
 cat >"$work/run.sh" <<SCRIPT
 set -u
-now() { date +%s%N; }
 for ((r = 0; r < \$1; r++)); do
-  t=\$(now)
+  t=\${EPOCHREALTIME/./}
   "$ctl" --all wifi --ssid BenchNet --security wpa2-psk --passphrase-file "$work/passphrase" >/dev/null \
     || echo "failed wifi \$?"
-  echo "wifi \$(( (\$(now) - t) / 1000000 ))"
-  t=\$(now)
+  e=\${EPOCHREALTIME/./}
+  echo "wifi \$((e - t))"
+  t=\${EPOCHREALTIME/./}
   "$ctl" --all status >/dev/null || echo "failed status \$?"
-  echo "status \$(( (\$(now) - t) / 1000000 ))"
+  e=\${EPOCHREALTIME/./}
+  echo "status \$((e - t))"
 done
 SCRIPT
 
 median() { sort -n | awk '{ v[NR] = $1 } END { print (NR ? v[int((NR + 1) / 2)] : 0) }'; }
 
-# measure N LABEL REPEATS [corvelsim options]: sets wifi_ms and status_ms.
+# measure N LABEL REPEATS [corvelsim options]: sets wifi_us and status_us (medians).
 measure() {
   local n=$1 label=$2 runs=$3
   shift 3
@@ -62,8 +65,8 @@ measure() {
   if grep -q '^failed' "$work/times-$label-$n"; then
     echo "  ($label, $n printers: $(grep '^failed' "$work/times-$label-$n" | sort | uniq -c | tr -s ' ' | paste -sd,))"
   fi
-  wifi_ms=$(sed -n 's/^wifi //p' "$work/times-$label-$n" | median)
-  status_ms=$(sed -n 's/^status //p' "$work/times-$label-$n" | median)
+  wifi_us=$(sed -n 's/^wifi //p' "$work/times-$label-$n" | median)
+  status_us=$(sed -n 's/^status //p' "$work/times-$label-$n" | median)
 }
 
 echo "corvelctl --all at real speed; simulated printers by $kind"
@@ -73,12 +76,12 @@ for label in at-once late; do
   declare -A base=()
   for n in 1 4 8; do
     measure "$n" "$label" "$runs" "${options[@]}"
-    [ "$n" = 1 ] && base=([wifi]=$wifi_ms [status]=$status_ms)
+    [ "$n" = 1 ] && base=([wifi]=$wifi_us [status]=$status_us)
     for command in status wifi; do
-      ms=$([ "$command" = wifi ] && echo "$wifi_ms" || echo "$status_ms")
-      awk -v c="$command" -v n="$n" -v ms="$ms" -v one="${base[$command]}" 'BEGIN {
-        ratio = (one > 0 ? ms / one : 0)
-        printf "  %-6s %d printer%s %8.3f s   %5.2fx one printer%s\n", c, n, (n == 1 ? " " : "s"), ms / 1000,
+      us=$([ "$command" = wifi ] && echo "$wifi_us" || echo "$status_us")
+      awk -v c="$command" -v n="$n" -v us="$us" -v one="${base[$command]}" 'BEGIN {
+        ratio = (one > 0 ? us / one : 0)
+        printf "  %-6s %d printer%s %10.4f s   %5.2fx one printer%s\n", c, n, (n == 1 ? " " : "s"), us / 1e6,
           ratio, (n == 8 ? (ratio <= 1.5 ? "   (at most 1.5x: met)" : "   (at most 1.5x: NOT met)") : "") }'
     done
   done
