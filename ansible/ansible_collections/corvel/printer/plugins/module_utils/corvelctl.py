@@ -118,18 +118,22 @@ class Corvelctl(object):
     def run(self, args, printer=None, secret=None):
         """One run on one printer (or no printer: the one attached, or none
         for list). The secret goes to standard input, never the command line."""
+        rc, stdout, stderr = self._invoke([] if printer is None else [printer], args, secret)
+        return parse_answer(rc, stdout, stderr, printer)
+
+    def _invoke(self, selectors, args, secret):
+        """Runs corvelctl --json on the printers named (none: its own choice);
+        returns (rc, stdout, stderr)."""
         command = [self.path, '--json']
         if self.timeout is not None:
             command += ['--timeout', str(self.timeout)]
-        if printer is not None:
-            command += ['--printer', printer]
+        for selector in selectors:
+            command += ['--printer', selector]
         command += list(args)
-        if secret is not None:
-            command.append('--passphrase-stdin')
-            rc, stdout, stderr = self.module.run_command(command, data=secret, binary_data=True)
-        else:
-            rc, stdout, stderr = self.module.run_command(command)
-        return parse_answer(rc, stdout, stderr, printer)
+        if secret is None:
+            return self.module.run_command(command)
+        command.append('--passphrase-stdin')
+        return self.module.run_command(command, data=secret, binary_data=True)
 
     def list_printers(self):
         return self.run(['list'])['printers']
@@ -165,17 +169,7 @@ class Corvelctl(object):
         return results
 
     def _run_several(self, selectors, args, secret):
-        command = [self.path, '--json']
-        if self.timeout is not None:
-            command += ['--timeout', str(self.timeout)]
-        for selector in selectors:
-            command += ['--printer', selector]
-        command += list(args)
-        if secret is not None:
-            command.append('--passphrase-stdin')
-            rc, stdout, stderr = self.module.run_command(command, data=secret, binary_data=True)
-        else:
-            rc, stdout, stderr = self.module.run_command(command)
+        rc, stdout, stderr = self._invoke(selectors, args, secret)
         try:
             return split_several(selectors, rc, stdout, stderr)
         except CorvelctlError as error:
