@@ -2,6 +2,8 @@
 // may replace: Seam<Service>::get() gives the installed service, or the
 // system's when none is installed. A replacement is installed for a scope by
 // a Seam<Service>::Override; overrides nest, each restoring the one before.
+// An override holds in the thread that installed it only: a front end that
+// talks to several printers at once, a thread each, installs its own in each.
 //
 // Each service declares its system default next to its class:
 //     template <> Clock& Seam<Clock>::systemDefault();
@@ -35,7 +37,7 @@ public:
 private:
     static Service*& installed()
     {
-        static Service* service = nullptr;
+        static thread_local Service* service = nullptr;
         return service;
     }
 };

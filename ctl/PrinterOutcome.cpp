@@ -3,14 +3,10 @@
 #include "ctl/Json.h"
 
 #include <algorithm>
-#include <cstdlib>
 
 namespace corvelctl {
 
 namespace {
-
-const char kSuccessMark = 'R';
-const char kFailureMark = 'F';
 
 std::string failureElement(const PrinterOutcome& outcome)
 {
@@ -45,28 +41,6 @@ std::string shownReport(Report report, const std::optional<std::string>& serial,
     if (!json) return report.renderHuman();
     // Every printer command's report starts with "printer".
     return report.insertOptionalText(1, "serial", serial).renderJson();
-}
-
-std::string encodeSuccess(const std::string& shown) { return kSuccessMark + shown; }
-
-std::string encodeFailure(const Failure& failure)
-{
-    return kFailureMark + std::to_string(exitCode(failure.status())) + " " + failure.message();
-}
-
-bool decodeOutcome(const std::string& written, PrinterOutcome& outcome)
-{
-    if (written.empty()) return false;
-    if (written[0] == kSuccessMark) {
-        outcome.shown = written.substr(1);
-        return true;
-    }
-    const std::size_t space = written.find(' ');
-    if (written[0] != kFailureMark || space == std::string::npos || space < 2) return false;
-    const std::string number = written.substr(1, space - 1);
-    if (number.find_first_not_of("0123456789") != std::string::npos || number.size() > 3) return false;
-    outcome.failure = Failure(static_cast<ExitStatus>(std::atoi(number.c_str())), written.substr(space + 1));
-    return true;
 }
 
 MergedOutput mergeOutcomes(const std::vector<PrinterOutcome>& outcomes, bool json)

@@ -1,6 +1,5 @@
-// What a command came to on each printer of a run on several printers: the
-// child process of each printer tells its parent, and the parent shows them
-// all together in the order the printers were named.
+// What a command came to on each printer of a run on several printers, and
+// how they are shown all together in the order the printers were named.
 #pragma once
 
 #include "ctl/Failure.h"
@@ -23,14 +22,6 @@ struct PrinterOutcome {
 // the JSON element (the report with "serial" right after "printer") or the
 // human text.
 std::string shownReport(Report report, const std::optional<std::string>& serial, bool json);
-
-// What a child process writes to its parent: the shown report, or the
-// failure's status and message.
-std::string encodeSuccess(const std::string& shown);
-std::string encodeFailure(const Failure& failure);
-// Fills in `outcome` from what its child wrote; false when that is no whole
-// message (the child ended before it was done).
-bool decodeOutcome(const std::string& written, PrinterOutcome& outcome);
 
 // All the outcomes together: standard output, standard error and the exit
 // status of the run.

@@ -50,9 +50,7 @@ int runOnSeveral(const Invocation& invocation, const std::vector<PrinterRecord>&
         own.global.traceLabel = target.path;
         return runCommand(own, target.path, secret);
     };
-    // A child ends with _exit, past the secret's destructor.
-    const auto wipeSecret = [&] { secret = Secret(); };
-    const MergedOutput merged = mergeOutcomes(runOnEachPrinter(targets, global.json, command, wipeSecret), global.json);
+    const MergedOutput merged = mergeOutcomes(runOnEachPrinter(targets, global.json, command), global.json);
     std::fputs(merged.err.c_str(), stderr);
     std::fflush(stderr);
     print(merged.out);

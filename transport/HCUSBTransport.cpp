@@ -1,4 +1,4 @@
-// The USB transport singleton: picks a connector for each exchange and reads
+// The USB transport, one per thread: picks a connector for each exchange and reads
 // answers until the printer has been quiet for a while.
 #include "transport/HCUSBTransport.h"
 
@@ -10,8 +10,8 @@
 #include "transport/Clock.h"
 #include "transport/ConnectorFactory.h"
 
-HCUSBTransport* HCUSBTransport::m_Instance = nullptr;
-uint32_t HCUSBTransport::m_RefCount = 0;
+thread_local HCUSBTransport* HCUSBTransport::m_Instance = nullptr;
+thread_local uint32_t HCUSBTransport::m_RefCount = 0;
 
 namespace {
 

@@ -1,4 +1,5 @@
-// The USB transport: one per process, shared by every exchange channel. For
+// The USB transport: one per thread, shared by the exchange channels of that
+// thread (a front end may talk to several printers at once, one per thread). For
 // each exchange it picks the connector that the USB path names and waits on
 // reads until the printer has been quiet for a while.
 #pragma once
@@ -36,6 +37,6 @@ private:
     std::string m_OpenPath;  // the path of the open connector; "" when none is open
     bool m_DeviceGone = false;
     int m_LastError = 0;
-    static HCUSBTransport* m_Instance;
-    static uint32_t m_RefCount;
+    static thread_local HCUSBTransport* m_Instance;
+    static thread_local uint32_t m_RefCount;
 };

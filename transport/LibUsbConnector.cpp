@@ -6,6 +6,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
+#include <mutex>
 
 #include "common/Console.h"
 #include "transport/Clock.h"
@@ -20,6 +21,10 @@ constexpr int kReadWaitMs = 10000;      // a read waits this long for each missi
 constexpr int kWriteLimitMs = 5000;     // time limit of one bulk write
 constexpr uint8_t kBulkTransfer = 2;    // bmAttributes & 3
 constexpr uint8_t kDirectionIn = 0x80;  // bit 7 of bEndpointAddress
+
+// libusb-0.1 keeps the busses and devices it found in globals: one thread at
+// a time looks them up and opens a device. The handles are each its own.
+std::mutex usbLookup;
 
 // The first alternate setting of `interface` with the class, or none.
 const usb_interface_descriptor* settingOfClass(const usb_interface& interface, uint8_t interfaceClass)
@@ -49,6 +54,7 @@ LibUsbConnector::~LibUsbConnector()
 
 int LibUsbConnector::openDevice(int bus, int device)
 {
+    const std::lock_guard<std::mutex> lookingUp(usbLookup);
     m_Usb.init();
     m_Usb.findBusses();
     m_Usb.findDevices();

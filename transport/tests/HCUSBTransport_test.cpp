@@ -1,4 +1,4 @@
-// The transport singleton, its choice of connector and its quiet-time read,
+// The transport (one per thread), its choice of connector and its quiet-time read,
 // with a scripted connector and the fake clock instead of a printer.
 #include "transport/HCUSBTransport.h"
 
@@ -9,6 +9,7 @@
 #include <cerrno>
 #include <deque>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "tests/support/ScriptedConnector.h"
@@ -98,6 +99,24 @@ TEST_F(TransportTest, OpenReplacesTheConnectorAndLastReleaseDestroys)
     testing::internal::CaptureStderr();
     HCUSBTransport::releaseInstance();
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "D [CVL] Destroying last instance of usb transport.\n");
+}
+
+// Each thread has a transport of its own (a printer per thread), which its
+// last release there destroys, leaving this thread's alone.
+TEST_F(TransportTest, EachThreadHasItsOwn)
+{
+    HCUSBTransport* other = nullptr;
+    std::string traced;
+    std::thread([&] {
+        other = HCUSBTransport::getInstance();
+        testing::internal::CaptureStderr();
+        HCUSBTransport::releaseInstance();
+        traced = testing::internal::GetCapturedStderr();
+    }).join();
+    EXPECT_NE(other, m_Transport);
+    EXPECT_EQ(traced, "D [CVL] Destroying last instance of usb transport.\n");
+    EXPECT_EQ(HCUSBTransport::getInstance(), m_Transport);
+    HCUSBTransport::releaseInstance();
 }
 
 // A node whose read fails with EIO (what an unplugged printer's node gives;
