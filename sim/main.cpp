@@ -30,11 +30,12 @@ volatile std::sig_atomic_t g_TerminateRequested = 0;
 
 void onTerminate(int) { g_TerminateRequested = 1; }
 
-// Serves the printers until the child ends; returns its wait status. A SIGTERM
+// Serves the printers until the child ends; returns its wait status. What the
+// child left of faketime's shared clock goes before it is reaped. A SIGTERM
 // or SIGHUP to corvelsim goes on to the child as SIGTERM, and a child still
 // there `killAfterMs` real milliseconds later (one that ignores SIGTERM, or
 // is stuck where it cannot take it) is killed.
-int serveUntilChildEnds(PrinterServer& server, pid_t child, int killAfterMs)
+int serveUntilChildEnds(PrinterServer& server, pid_t child, int killAfterMs, bool fakeTime)
 {
     using Clock = std::chrono::steady_clock;
     std::optional<Clock::time_point> killAt;
@@ -52,8 +53,15 @@ int serveUntilChildEnds(PrinterServer& server, pid_t child, int killAfterMs)
             kill(child, SIGKILL);
             killed = true;
         }
-        pid_t done = waitpid(child, &waitStatus, WNOHANG);
-        if (done == child || (done < 0 && errno != EINTR)) return waitStatus;
+        siginfo_t ended{};
+        if (waitid(P_PID, child, &ended, WEXITED | WNOHANG | WNOWAIT) < 0) {
+            if (errno == EINTR) continue;
+            return waitStatus;
+        }
+        if (ended.si_pid != child) continue;
+        if (fakeTime) removeSharedClock(child);
+        while (waitpid(child, &waitStatus, 0) < 0 && errno == EINTR) {}
+        return waitStatus;
     }
 }
 
@@ -113,7 +121,7 @@ int main(int argc, char** argv)
         std::fprintf(stderr, "corvelsim: %s\n", child.error.c_str());
         return child.failStatus;
     }
-    int waitStatus = serveUntilChildEnds(server, child.pid, options.killAfterMs);
+    int waitStatus = serveUntilChildEnds(server, child.pid, options.killAfterMs, options.speed > 1);
     server.finish();
     return exitStatusOf(waitStatus);
 }

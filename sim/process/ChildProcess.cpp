@@ -1,6 +1,8 @@
 #include "sim/process/ChildProcess.h"
 
 #include <fcntl.h>
+#include <semaphore.h>
+#include <sys/mman.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -67,6 +69,13 @@ int execErrorFrom(int pipeEnd)
 }
 
 }  // namespace
+
+void removeSharedClock(pid_t command)
+{
+    const std::string pid = std::to_string(command);
+    shm_unlink(("/faketime_shm_" + pid).c_str());
+    sem_unlink(("/faketime_sem_" + pid).c_str());
+}
 
 std::string findFaketimeLibrary()
 {

@@ -41,6 +41,14 @@ struct ChildStart {
 // Starts the child and returns once it runs the command (or could not).
 ChildStart startChild(const ChildSetup& setup);
 
+// libfaketime keeps the clock the command's processes share in two files of
+// /dev/shm, faketime_shm_PID and sem.faketime_sem_PID, named after the first
+// process it runs in: the command itself. It leaves them behind when that
+// process execs another program or ends. Removes them; call it once the
+// command has ended but before it is reaped, while no other process can
+// have its pid.
+void removeSharedClock(pid_t command);
+
 // The exit status corvelsim ends with for a waitpid status: the child's exit
 // code, or 128 + the signal that ended it.
 int exitStatusOf(int waitStatus);

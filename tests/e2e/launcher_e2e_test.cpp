@@ -227,6 +227,22 @@ TEST(Launcher, EndsWithTheCommandsStatusAndFailsLikeAShell)
     }
 }
 
+// faketime's shared clock (two files in /dev/shm named after the command's
+// pid) is there while the command runs and gone after it, however it ended.
+TEST(Launcher, FastClockLeavesNothingInSharedMemory)
+{
+    SimDir dir;
+    const std::string shows = "echo $$; test -e /dev/shm/faketime_shm_$$ && test -e /dev/shm/sem.faketime_sem_$$ && ";
+    for (const std::string ending : {"exec /bin/true", "exit 0", "kill -KILL $$"}) {
+        SimRun run = runSim(dir, {"--speed", "20"}, {"/bin/sh", "-c", shows + ending});
+        const std::string pid = run.out.substr(0, run.out.find('\n'));
+        ASSERT_FALSE(pid.empty()) << ending;
+        EXPECT_EQ(run.status, ending == "kill -KILL $$" ? 128 + SIGKILL : 0) << ending << ": the files were not there";
+        EXPECT_FALSE(std::filesystem::exists("/dev/shm/faketime_shm_" + pid)) << ending;
+        EXPECT_FALSE(std::filesystem::exists("/dev/shm/sem.faketime_sem_" + pid)) << ending;
+    }
+}
+
 TEST(Launcher, ValuesOutsideTheirRangeAreRefusedAsTheHelpStatesAndFailuresSayWhy)
 {
     SimDir dir;
