@@ -1,5 +1,6 @@
 #!/usr/bin/env bash
-# The collection's modules against the simulated printer(s), in four
+# The collection's modules against the simulated printer(s), as users get
+# them (built with ansible-galaxy and installed from the tarball), in four
 # ansible-playbook runs: configure (and certificates), the same again (no
 # change), check mode (nothing sent), a wrong passphrase (nothing sent at all).
 #
@@ -31,6 +32,10 @@ if [ "${1:-}" != "--inside" ]; then
   else
     attach=(--lp 0 --log "$work/logs/CVSIM0001.log")
   fi
+  collection=$(cd "$(dirname "$0")/../.." && pwd)
+  ansible-galaxy collection build "$collection" --output-path "$work" >/dev/null
+  ansible-galaxy collection install --offline -p "$work/collections" "$work"/corvel-printer-*.tar.gz >/dev/null 2>&1 ||
+    { echo "the built collection does not install" >&2; exit 1; }
   PATH="$(dirname "$ctl"):$PATH"
   export PATH
   export ASAN_OPTIONS="${ASAN_OPTIONS:-verify_asan_link_order=0}"
@@ -41,7 +46,7 @@ work=$2
 printers=$3
 here=$(cd "$(dirname "$0")" && pwd)
 export ANSIBLE_COLLECTIONS_PATH
-ANSIBLE_COLLECTIONS_PATH=$(cd "$here/../../../../.." && pwd)
+ANSIBLE_COLLECTIONS_PATH=$work/collections
 export ANSIBLE_NOCOLOR=1 ANSIBLE_LOCAL_TEMP="$work/ansible-local" ANSIBLE_REMOTE_TEMP="$work/ansible-remote"
 export ANSIBLE_COLLECTIONS_SCAN_SYS_PATH=false
 cd "$work"
