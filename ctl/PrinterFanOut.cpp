@@ -42,6 +42,8 @@ std::vector<PrinterOutcome> runOnEachPrinter(const std::vector<PrinterTarget>& t
             outcome.failure = failure;
         } catch (const std::exception& error) {
             outcome.failure = Failure(ExitStatus::Software, std::string("internal error: ") + error.what());
+        } catch (...) {
+            outcome.failure = Failure(ExitStatus::Software, "internal error: an unknown exception");
         }
     });
     return outcomes;
