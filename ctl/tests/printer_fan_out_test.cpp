@@ -117,8 +117,9 @@ TEST(PrinterFanOut, EveryPrinterRunsAtOnceWithItsOwnConsole)
         {"/dev/usb/lp1", "S1", std::nullopt},
         {"/dev/usb/lp2", "S2", std::nullopt},
         {"/dev/usb/lp3", std::nullopt, std::nullopt},
+        {"/dev/usb/lp4", "S4", std::nullopt},
     };
-    Meeting meeting(4);  // the targets found
+    Meeting meeting(5);  // the targets found
     std::atomic<int> runs{0};
     const auto command = [&](const PrinterTarget& target) -> Report {
         ++runs;
@@ -130,10 +131,11 @@ TEST(PrinterFanOut, EveryPrinterRunsAtOnceWithItsOwnConsole)
         if (console.caught != "on " + target.path + "\n") throw Failure(ExitStatus::Software, "caught " + console.caught);
         if (target.path == "/dev/usb/lp1") throw Failure(ExitStatus::Refused, "refused on lp1");
         if (target.path == "/dev/usb/lp2") throw std::length_error("vector too long");
+        if (target.path == "/dev/usb/lp4") throw 42;
         return Report().addText("printer", target.path).addBool("reset", true);
     };
     const std::vector<PrinterOutcome> outcomes = runOnEachPrinter(targets, true, command);
-    EXPECT_EQ(runs, 4) << "the printer not found is not run";
+    EXPECT_EQ(runs, 5) << "the printer not found is not run";
     ASSERT_EQ(outcomes.size(), targets.size());
     for (std::size_t i = 0; i < targets.size(); ++i) {
         EXPECT_EQ(outcomes[i].printer, targets[i].path);
@@ -149,6 +151,7 @@ TEST(PrinterFanOut, EveryPrinterRunsAtOnceWithItsOwnConsole)
         {2, ExitStatus::Refused, "refused on lp1"},
         {3, ExitStatus::Software, "internal error: vector too long"},
         {4, std::nullopt, R"({"printer": "/dev/usb/lp3", "serial": null, "reset": true})"},
+        {5, ExitStatus::Software, "internal error: an unknown exception"},
     };
     for (const auto& e : expected) {
         const PrinterOutcome& outcome = outcomes[e.index];
