@@ -1,5 +1,6 @@
 #include "ctl/PrinterFanOut.h"
 
+#include <cstddef>
 #include <exception>
 #include <string>
 #include <system_error>
@@ -7,6 +8,10 @@
 
 namespace corvelctl {
 
+namespace {
+
+// Runs `work(i)` for each i below `count`, all at once, and returns when
+// every one has ended. `work` must not throw.
 void runAtOnce(std::size_t count, const std::function<void(std::size_t)>& work)
 {
     std::vector<std::thread> threads;
@@ -21,6 +26,8 @@ void runAtOnce(std::size_t count, const std::function<void(std::size_t)>& work)
     for (const std::size_t i : notStarted) work(i);
     for (std::thread& thread : threads) thread.join();
 }
+
+}  // namespace
 
 std::vector<PrinterOutcome> runOnEachPrinter(const std::vector<PrinterTarget>& targets, bool json,
                                              const std::function<Report(const PrinterTarget&)>& command)

@@ -8,21 +8,16 @@
 #include "ctl/PrinterSelector.h"
 #include "ctl/Report.h"
 
-#include <cstddef>
 #include <functional>
 #include <vector>
 
 namespace corvelctl {
 
-// Runs `work(i)` for each i below `count`, all at once, and returns when
-// every one has ended. A thread that cannot be started (the system is out of
-// them) has its work run here, after the others have started: slower, never
-// lost. `work` must not throw.
-void runAtOnce(std::size_t count, const std::function<void(std::size_t)>& work);
-
 // Runs `command` on every target at once, a target not found failing without
 // being run; the report is shown as `json` asks. The outcomes come in the
-// order of the targets.
+// order of the targets. A thread that cannot be started (the system is out
+// of them) has its printer run here, after the others have started: slower,
+// never lost.
 std::vector<PrinterOutcome> runOnEachPrinter(const std::vector<PrinterTarget>& targets, bool json,
                                              const std::function<Report(const PrinterTarget&)>& command);
 
